@@ -1,0 +1,38 @@
+# The library: compiled once, packed as a shared and as a static library. No C++ runtime at load time: no exceptions, no RTTI, no
+# guards around local statics, and the shared library is linked by the C compiler, so that libc is all it needs.
+set(VISCACAM_SOURCES
+    visca_que/command.cpp
+    visca_que/inquiry.cpp
+    visca_que/log.cpp
+    visca_que/packet.cpp
+    visca_que/port.cpp
+    visca_que/receiver.cpp
+    visca_que/sender.cpp
+    visca_que/wait.cpp
+    visca_sony_ctrl/image/settings_cache.cpp
+    visca_sony_ctrl/lens/focus_mode.cpp
+    visca_sony_ctrl/lens/lens.cpp
+    visca_sony_ctrl/system/power.cpp
+    visca_sony_ctrl/system/startup.cpp
+    visca_common/dispatch.cpp)
+list(TRANSFORM VISCACAM_SOURCES PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
+
+add_library(viscacam_objects OBJECT ${VISCACAM_SOURCES})
+target_include_directories(viscacam_objects PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}/include" "${CMAKE_CURRENT_SOURCE_DIR}")
+target_compile_options(viscacam_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics -fvisibility=hidden
+    -pthread -ffunction-sections -fdata-sections)
+target_link_libraries(viscacam_objects PRIVATE viscacam_warnings)
+
+add_library(viscacam_shared SHARED $<TARGET_OBJECTS:viscacam_objects>)
+add_library(viscacam_static STATIC $<TARGET_OBJECTS:viscacam_objects>)
+foreach(target viscacam_shared viscacam_static)
+    set_target_properties(${target} PROPERTIES OUTPUT_NAME viscacam LINKER_LANGUAGE C)
+    target_include_directories(${target} PUBLIC
+        "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>" "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
+    target_link_libraries(${target} PUBLIC -pthread)
+endforeach()
+set_target_properties(viscacam_shared PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${VISCACAM_SOVERSION})
+set_target_properties(viscacam_shared PROPERTIES EXPORT_NAME viscacam)
+target_link_options(viscacam_shared PRIVATE -Wl,--as-needed -Wl,--gc-sections -Wl,-z,relro -Wl,-z,now)
+add_library(viscacam::viscacam ALIAS viscacam_shared)
+add_library(viscacam::viscacam_static ALIAS viscacam_static)

@@ -1,0 +1,23 @@
+# viscacam_add_test(NAME name SOURCES files... LIBS libraries... [LABELS ...] [LOCK resource] [WRAP functions...])
+# One executable, one ctest entry per test case, each in a process of its own: the library's state is process-wide.
+# WRAP names libc calls that the test defines itself as __wrap_NAME. LOCK serialises tests that share a machine-wide resource.
+find_package(GTest REQUIRED)
+include(GoogleTest)
+
+function(viscacam_add_test)
+    cmake_parse_arguments(ARG "" "NAME;LOCK" "SOURCES;LIBS;LABELS;WRAP" ${ARGN})
+    add_executable(${ARG_NAME} ${ARG_SOURCES})
+    target_include_directories(${ARG_NAME} PRIVATE "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/include")
+    target_link_libraries(${ARG_NAME} PRIVATE ${ARG_LIBS} GTest::gtest GTest::gmock GTest::gtest_main Threads::Threads viscacam_warnings)
+    foreach(function IN LISTS ARG_WRAP)
+        target_link_options(${ARG_NAME} PRIVATE -Wl,--wrap=${function})
+    endforeach()
+    set(properties TIMEOUT 120)
+    if(ARG_LABELS)
+        list(APPEND properties LABELS "${ARG_LABELS}")
+    endif()
+    if(ARG_LOCK)
+        list(APPEND properties RESOURCE_LOCK "${ARG_LOCK}")
+    endif()
+    gtest_discover_tests(${ARG_NAME} TEST_PREFIX ${ARG_NAME}. DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+endfunction()

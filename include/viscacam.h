@@ -1,0 +1,390 @@
+/**
+ * @file viscacam.h
+ * Camera control for VISCA zoom blocks on a serial port: what a host process calls.
+ *
+ * The host calls VISCA_SetCamModuleType(), then VISCA_Init() once; after that the VISCA_* functions. They are
+ * the public layer. The layers below it are exported too, for hosts that test, trace or extend: SONY_* are
+ * the driver's entry points, Sony* its primitives, Visca* the link. What the host provides in return stands
+ * in viscacam_host.h.
+ *
+ * Results. Every uint32_t result is VISCA_SUCCESS, VISCA_FAILURE or VISCA_NULL_POINTER unless its comment
+ * says otherwise. Success of a command means that it was queued, not that the camera obeyed: commands go out
+ * one at a time, and what the camera answers to them is dropped. A command is refused (result 1) while the
+ * camera cannot be controlled, while a module upgrade or a log export owns the line, and when the host's
+ * queue is full.
+ *
+ * Waiting. Commands never wait for the line. Inquiries block their caller until the answer is there, at most
+ * 6 s beyond the inquiries of other threads that are in front; an inquiry that times out is a success whose
+ * value reads as zero.
+ *
+ * Threads. Every function may be called from any thread after VISCA_Init() has returned, unless its comment
+ * says otherwise. None may be called from a signal handler. There is no shut-down: the library's threads live
+ * as long as the process, and what was set in the camera stays set when the process ends.
+ *
+ * Pointers. A pointer marked nonnull must not be NULL and is not tested. Nothing that is passed in is kept
+ * after the call.
+ */
+#ifndef VISCACAM_H
+#define VISCACAM_H
+
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#define VISCACAM_VERSION_MAJOR 0
+#define VISCACAM_VERSION_MINOR 1
+#define VISCACAM_VERSION_PATCH 0
+
+#if defined(__GNUC__)
+#    define VISCACAM_API          __attribute__((visibility("default")))
+#    define VISCACAM_NONNULL(...) __attribute__((nonnull(__VA_ARGS__)))
+#else
+#    define VISCACAM_API
+#    define VISCACAM_NONNULL(...)
+#endif
+
+/** @name Result codes @{ */
+#define VISCA_SUCCESS      0U /**< done, or queued */
+#define VISCA_FAILURE      1U /**< refused or failed; the log says why */
+#define VISCA_NULL_POINTER 2U /**< a pointer argument was NULL */
+/** @} */
+
+/** A packet, 20 bytes: the element of every queue and the reply record of an inquiry. */
+typedef struct {
+    uint8_t aucData[16]; /**< bytes in wire order; byte 0 is the header (0x81, 0x71) or, in a reply, the
+                            address (0x90) */
+    uint32_t ulLength;   /**< number of valid bytes, 0 to 16 */
+} ViscaPkt;
+
+/** @name Public layer
+ * Each function looks at the module type and forwards its arguments to the driver of that family. For a
+ * module of another family, and before VISCA_SetCamModuleType(), it does nothing and returns 0 unless its
+ * comment says otherwise. The Sony family is (type & 0xFF000000) == 0x02000000, Kova modules included.
+ * @{ */
+
+/**
+ * Bring the camera up: open the port, find the baud rate, start the threads, put the camera into its working
+ * state. Call once. Blocks while the camera is searched: about 1 s when it answers at once, up to about a
+ * minute when there is none. A port that cannot be opened and a camera that does not answer are logged and
+ * are no failure. For a module outside the Sony family only port 0 is opened and probed, whatever the
+ * argument, and the result is 0.
+ * @param ulComPort port number of the host's serial service
+ * @return 0; 1 when the threads could not be started
+ */
+VISCACAM_API uint32_t VISCA_Init(uint32_t ulComPort);
+
+/**
+ * Tell the public layer which module is attached. Call before VISCA_Init() and before other threads use the
+ * library.
+ * @param ulCamModType type code, e.g. 0x02000001; 0xFFFFFFFF (also the value at load) means unset
+ * @return 0
+ */
+VISCACAM_API uint32_t VISCA_SetCamModuleType(uint32_t ulCamModType);
+
+/**
+ * Tell whether every queued command has been taken by the sender. Waits for an inquiry that is under way (up
+ * to 6 s).
+ * @return 1 when the command queue is empty, 0 when it is not; 1 for a module outside the Sony family
+ */
+VISCACAM_API uint32_t VISCA_IsMsgQueueEmpty(void);
+
+/** Drive the zoom towards tele at the start-up speed, until VISCA_ZoomStop(). @return 0, or 1 when it was not
+ * queued */
+VISCACAM_API uint32_t VISCA_ZoomIn(void);
+/** Drive the zoom towards wide at the start-up speed, until VISCA_ZoomStop(). @return 0, or 1 when it was not
+ * queued */
+VISCACAM_API uint32_t VISCA_ZoomOut(void);
+/** Stop the zoom drive. @return 0, or 1 when it was not queued */
+VISCACAM_API uint32_t VISCA_ZoomStop(void);
+/** Drive the focus nearer, until VISCA_FocusStop(). Cameras obey in manual focus only. @return 0, or 1 when
+ * it was not queued */
+VISCACAM_API uint32_t VISCA_FocusNear(void);
+/** Drive the focus farther, until VISCA_FocusStop(). Cameras obey in manual focus only. @return 0, or 1 when
+ * it was not queued */
+VISCACAM_API uint32_t VISCA_FocusFar(void);
+/** Stop the focus drive. @return 0, or 1 when it was not queued */
+VISCACAM_API uint32_t VISCA_FocusStop(void);
+
+/**
+ * Read the zoom position. Blocks for the answer, at most 6 s.
+ * @param psZoom receives the position, 0 (wide) to 0xFFFF in the camera's units; 0 when the camera did not
+ * answer
+ * @return 0; 1 when the inquiry was refused or failed; 2 when psZoom is NULL, whatever the module
+ */
+VISCACAM_API uint32_t VISCA_GetZoomPos(uint32_t *psZoom);
+
+/**
+ * Read the focus position. Blocks for the answer, at most 6 s.
+ * @param psFocus receives the position's 16 bits in the camera's units; 0 when the camera did not answer
+ * @return 0; 1 when the inquiry was refused or failed; 2 when psFocus is NULL
+ */
+VISCACAM_API uint32_t VISCA_GetFocusPos(int16_t *psFocus);
+
+/**
+ * Drive the zoom to a position. A full travel takes seconds; the call does not wait for it.
+ * @param sZoomPos position in the camera's units; the low 16 bits count
+ * @return 0, or 1 when it was not queued
+ */
+VISCACAM_API uint32_t VISCA_SetZoomPos(int32_t sZoomPos);
+
+/**
+ * Drive zoom and focus to positions with one command.
+ * @param sZoomPos  zoom position in the camera's units; the low 16 bits count
+ * @param sFocusPos focus position in the camera's units; the low 16 bits count
+ * @return 0, or 1 when it was not queued
+ */
+VISCACAM_API uint32_t VISCA_SetZoomFocusPos(int32_t sZoomPos, int32_t sFocusPos);
+
+/**
+ * Write one of the two zoom-cut registers.
+ * @param ulSelect 0 for register 0x50, 1 for register 0x51; any other value does nothing and succeeds
+ * @param ulValue  register value; the low 8 bits count
+ * @return 0, or 1 when it was not queued
+ */
+VISCACAM_API uint32_t VISCA_SetZoomCut(uint32_t ulSelect, uint32_t ulValue);
+
+/** Send the camera's own zoom-focus return command (81 01 04 BA FF). @return 0, or 1 when it was not queued
+ */
+VISCACAM_API uint32_t VISCA_RetSetZoomFocus(void);
+
+/** Switch auto focus. @param bIsEnable 1 auto, any other value manual. @return 0, or 1 when it was not queued
+ */
+VISCACAM_API uint32_t VISCA_EnableAF(uint32_t bIsEnable);
+
+/**
+ * Choose the focus mode.
+ * @param ulFocusMode 1 auto, 0 manual, any other value the camera's third mode
+ * @return 0, or 1 when it was not queued
+ */
+VISCACAM_API uint32_t VISCA_SetFocusMode(uint32_t ulFocusMode);
+/** @} */
+
+/** @name The link: packets and the command queue @{ */
+
+/** Start a packet with the header of camera 1 (0x81): one byte, the others left as they were. @return 0 */
+VISCACAM_API uint32_t ViscaInitPkt(ViscaPkt *pstPkt) VISCACAM_NONNULL(1);
+
+/** Start a packet with the header of the Kova module's own inquiries (0x71). @return 0 */
+VISCACAM_API uint32_t ViscaInitPkt4Kova(ViscaPkt *pstPkt) VISCACAM_NONNULL(1);
+
+/** Append a byte. A packet that already holds 16 stays as it is, with a log line. @param ucByte the byte
+ * @param pstPkt the packet */
+VISCACAM_API void ViscaAppendByte(uint8_t ucByte, ViscaPkt *pstPkt) VISCACAM_NONNULL(2);
+
+/**
+ * Queue a command (header, 0x01, ...). Appends the terminator 0xFF to the caller's packet, which is copied.
+ * Never blocks.
+ * @param pstQueueElem the packet without terminator. One that already holds 16 bytes is queued without, with
+ * a log line
+ * @return 0 queued; 1 the camera cannot be controlled, an upgrade or log export owns the line, or the queue
+ * is full; 2 NULL
+ */
+VISCACAM_API uint32_t ViscaEnQueueCmd(ViscaPkt *pstQueueElem);
+
+/** Tell whether the command queue is empty. Waits for an inquiry under way (up to 6 s). @return 1 empty, 0
+ * not, or not known */
+VISCACAM_API uint32_t ViscaIsCmdQueueEmpty(void);
+
+/**
+ * Wait until the command queue is empty, looking every 100 ms.
+ * @param ulWaitTime limit in seconds. A queue found empty at the very last look counts as late, so 0 always
+ * gives 1
+ * @return 0 empty in time, 1 time-out
+ */
+VISCACAM_API uint32_t ViscaWaitCmdQueueEmpty(uint32_t ulWaitTime);
+
+/** Dump a packet to the camera log. @param pstPkt the packet @param ulDirection 1 sent, any other value
+ * received */
+VISCACAM_API void ViscaPrintPkt(const ViscaPkt *pstPkt, uint32_t ulDirection) VISCACAM_NONNULL(1);
+/** @} */
+
+/** @name The link: serial port and flags @{ */
+
+/**
+ * Open the port and find the camera's baud rate, in up to 20 attempts of three rates each. Call once, before
+ * ViscaStartMsgProc(); once a port is open, further calls do nothing and return 0. Blocks about 1 s when a
+ * camera answers, about a minute when none does.
+ * @param ulComPort port number of the host's serial service
+ * @return 0; 1 when the port could not be opened or no camera answered (the port then stays open, and every
+ * command is refused)
+ */
+VISCACAM_API uint32_t ViscaCamComInit(uint32_t ulComPort);
+
+/**
+ * Look for the camera at 9600, 19200 and 38400 bit/s, once each. The rate that answers stays set. Blocks up
+ * to about 1.7 s, longer only while the host's flush fails. Must not run beside the receiver thread.
+ * @param iFd descriptor of the open port
+ * @return 0 when a rate answered, else 1
+ */
+VISCACAM_API uint32_t AdaptCamComBaudRate(int32_t iFd);
+
+/**
+ * Write bytes to the port, as they are. Blocks as long as the host's DRV_ComSend does; one caller at a time.
+ * @param ulLength number of bytes
+ * @param pucData  the bytes
+ * @return 0; 1 for a length of 0 or when not all bytes were written; 2 when pucData is NULL
+ */
+VISCACAM_API uint32_t ViscaCamComSend(uint32_t ulLength, const uint8_t *pucData);
+
+/** Flush the port. @param ulMode VISCA_FLUSH_BOTH @return what the host's DRV_FlushCom returned */
+VISCACAM_API uint32_t ViscaCamComFlush(uint32_t ulMode);
+
+/** Store the port's descriptor. The receiver thread reads it once, when it starts. @param iFd descriptor, or
+ * -1 for none */
+VISCACAM_API void ViscaSetCamComFd(int32_t iFd);
+/** The port's descriptor. @return the descriptor, -1 before ViscaCamComInit() opened it */
+VISCACAM_API int32_t ViscaGetCamComFd(void);
+
+/** Store the can-control flag. @param ulFlag 1 when the camera answers; any other value refuses commands and
+ * inquiries */
+VISCACAM_API void ViscaSetCamCanCtrl(uint32_t ulFlag);
+/** The can-control flag as it was stored. */
+VISCACAM_API uint32_t ViscaIsCamCanCtrl(void);
+/** Store the updating flag. @param ulFlag 1 while a module upgrade owns the line */
+VISCACAM_API void ViscaMarkUpdatingCam(uint32_t ulFlag);
+/** The updating flag as it was stored. */
+VISCACAM_API uint32_t ViscaIsUpdatingCam(void);
+/** Store the export-log flag. @param ulFlag 1 while a log export owns the line */
+VISCACAM_API void ViscaMarkExportLog(uint32_t ulFlag);
+/** The export-log flag as it was stored. */
+VISCACAM_API uint32_t ViscaIsExportLog(void);
+
+/** Tell whether an upgrade or a log export owns the line. @return 1 when the updating or the export-log flag
+ * is 1, else 0 */
+VISCACAM_API uint32_t ViscaIsCamComBusy(void);
+/** @} */
+
+/** @name The link: threads and inquiries @{ */
+
+/** Start the sender and the receiver thread. There is no guard: each call starts two more. @return 0, or 1
+ * when one did not start */
+VISCACAM_API uint32_t ViscaStartMsgProc(void);
+
+/** Body of the sender thread: sends queued commands one at a time. Never returns while its queue exists.
+ * @param pArg not used */
+VISCACAM_API void *ViscaQueueMsgProc(void *pArg);
+
+/** Take one command from the queue and write it. For the sender thread. @return 0 when one was written, else
+ * 1 */
+VISCACAM_API uint32_t ViscaSendOneCmd(void);
+
+/** Wait up to 2 s for the result of the command just sent, and drop it. For the sender thread. */
+VISCACAM_API void ViscaDropOneCmdAck(void);
+
+/** Body of the receiver thread: reads, cuts and routes everything that the camera sends. Never returns.
+ * @param pArg not used */
+VISCACAM_API void *ViscaAckMsgProc(void *pArg);
+
+/** Read and handle one reply, or one run of junk, from the port. For the receiver thread. Blocks until a
+ * first byte is there. */
+VISCACAM_API void ViscaDealOneAck(void);
+
+/**
+ * Ask the camera and wait for the answer: at most 6 s, after the inquiries of other threads that are in
+ * front. There is no retry, and an answer that arrives after the time-out is taken by the next inquiry as its
+ * own.
+ * @param pstPkt   inquiry (header, 0x09, ...) without terminator; 0xFF is appended to it
+ * @param pstReply receives the whole reply (data from byte 2). Zero it first: a time-out leaves it untouched
+ * @return 0 answered, or timed out; 1 refused, not sent, or answered by an error
+ */
+VISCACAM_API uint32_t ViscaInquiry(ViscaPkt *pstPkt, ViscaPkt *pstReply) VISCACAM_NONNULL(1, 2);
+/** @} */
+
+/** @name Driver: start-up @{ */
+
+/**
+ * Open the port, start the threads, set the camera's environment up. Call once; VISCA_Init() does. Blocks as
+ * VISCA_Init() does.
+ * @param ulComPort port number of the host's serial service
+ * @return 0; 1 when the threads could not be started
+ */
+VISCACAM_API uint32_t SONY_Init(uint32_t ulComPort);
+
+/** Run the three start-up steps below, whatever their results. @param ulCamModType module type code @return 0
+ */
+VISCACAM_API uint32_t SonyInitCamEnv(uint32_t ulCamModType);
+/** Start-up of the module's services. Nothing for Sony blocks. @param ulCamModType module type code @return 0
+ */
+VISCACAM_API uint32_t SonyInitCamMisc(uint32_t ulCamModType);
+/** Forget what was sent of image settings, so that the next profile goes out whole. @param ulCamModType not
+ * used @return 0 */
+VISCACAM_API uint32_t SonyInitCamIMG(uint32_t ulCamModType);
+/**
+ * Choose the lens speeds and, on the Sony blocks 0x02000001, 3, 4 and 5, switch digital zoom off.
+ * @param ulCamModType module type code
+ * @return 0, or 1 when the command could not be queued
+ */
+VISCACAM_API uint32_t SonyInitCamAF(uint32_t ulCamModType);
+/**
+ * Restore what a power cycle took from the camera: forgets the image settings, digital zoom off on the Sony
+ * blocks of SonyInitCamAF().
+ * @param ulCamModType module type code
+ * @return 0, or 1 when the command could not be queued
+ */
+VISCACAM_API uint32_t SonyRestoreCamEnv(uint32_t ulCamModType);
+/** Forget what was sent of image settings. Must not run beside an image call. */
+VISCACAM_API void SonyInitVar4IMG(void);
+/** @} */
+
+/** @name Driver: power and registers @{ */
+
+/** Switch the camera. @param bPowerOn 1 on, any other value standby @return what ViscaEnQueueCmd() returned
+ */
+VISCACAM_API uint32_t SonySetPower(uint32_t bPowerOn);
+/** Reset the camera (camera initialise). @return what ViscaEnQueueCmd() returned */
+VISCACAM_API uint32_t SonyResetCam(void);
+
+/**
+ * Wait until the camera reports that it is on, asking every 100 ms. There is no bound: it waits for as long
+ * as the camera stays off or silent.
+ * @return 0 on; 1 when an inquiry was refused or answered by an error
+ */
+VISCACAM_API uint32_t SonyWaitPowerOn(void);
+
+/**
+ * Read a register. Blocks for the answer, at most 6 s.
+ * @param ucRegisterNo   0x00 to 0x7F
+ * @param pucRegisterVal receives the value; 0 on failure and when the camera did not answer
+ * @return 0; 1 for a register above 0x7F, or when the inquiry was refused or failed
+ */
+VISCACAM_API uint32_t SonyGetRegisterVal(uint8_t ucRegisterNo, uint8_t *pucRegisterVal) VISCACAM_NONNULL(2);
+
+/**
+ * Write a register.
+ * @param ucRegisterNo  0x00 to 0x7F
+ * @param ucRegisterVal value. Registers 0x56, 0x72 and 0x73 take effect at the next power-on or reset
+ * @return 0; 1 for a register above 0x7F or when it was not queued
+ */
+VISCACAM_API uint32_t SonySetRegisterVal(uint8_t ucRegisterNo, uint8_t ucRegisterVal);
+/** @} */
+
+/** @name Driver: lens
+ * The VISCA_* functions of the same names forward here; arguments and results are the same.
+ * @{ */
+VISCACAM_API uint32_t SONY_ZoomIn(void);                  /**< see VISCA_ZoomIn() */
+VISCACAM_API uint32_t SONY_ZoomOut(void);                 /**< see VISCA_ZoomOut() */
+VISCACAM_API uint32_t SONY_ZoomStop(void);                /**< see VISCA_ZoomStop() */
+VISCACAM_API uint32_t SONY_FocusNear(void);               /**< see VISCA_FocusNear() */
+VISCACAM_API uint32_t SONY_FocusFar(void);                /**< see VISCA_FocusFar() */
+VISCACAM_API uint32_t SONY_FocusStop(void);               /**< see VISCA_FocusStop() */
+VISCACAM_API uint32_t SONY_GetZoomPos(uint32_t *psZoom);  /**< see VISCA_GetZoomPos() */
+VISCACAM_API uint32_t SONY_GetFocusPos(int16_t *psFocus); /**< see VISCA_GetFocusPos() */
+VISCACAM_API uint32_t SONY_SetZoomPos(int32_t sZoomPos);  /**< see VISCA_SetZoomPos() */
+VISCACAM_API uint32_t SONY_SetZoomFocusPos(int32_t sZoomPos,
+                                           int32_t sFocusPos); /**< see VISCA_SetZoomFocusPos() */
+VISCACAM_API uint32_t SONY_RetSetZoomFocus(void);              /**< see VISCA_RetSetZoomFocus() */
+VISCACAM_API uint32_t SONY_SetZoomCut(uint32_t ulSelect, uint32_t ulValue); /**< see VISCA_SetZoomCut() */
+VISCACAM_API uint32_t SONY_EnableAF(uint32_t bIsEnable);                    /**< see VISCA_EnableAF() */
+VISCACAM_API uint32_t SONY_SetFocusMode(uint32_t ulFocusMode);              /**< see VISCA_SetFocusMode() */
+
+/** Switch digital zoom. @param bEnable 1 on, any other value off @return 0, or 1 when it was not queued */
+VISCACAM_API uint32_t SonyImgEnableDzoom(uint32_t bEnable);
+/** @} */
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

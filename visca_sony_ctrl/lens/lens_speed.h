@@ -1,0 +1,11 @@
+// Drive speeds of the lens: written by start-up for the module type, read by zoom and focus drive. 0 before
+// start-up.
+#ifndef VISCACAM_VISCA_SONY_CTRL_LENS_LENS_SPEED_H
+#define VISCACAM_VISCA_SONY_CTRL_LENS_LENS_SPEED_H
+
+#include <stdint.h>
+
+extern uint32_t g_ulZoomSpeed;
+extern uint32_t g_ulFocusSpeed;
+
+#endif
