@@ -205,7 +205,7 @@ VISCACAM_API void ViscaPrintPkt(const ViscaPkt *pstPkt, uint32_t ulDirection) VI
 /**
  * Open the port and find the camera's baud rate, in up to 20 attempts of three rates each. Call once, before
  * ViscaStartMsgProc(); once a port is open, further calls do nothing and return 0. Blocks about 1 s when a
- * camera answers, about a minute when none does.
+ * camera answers, 50 s and more when none does.
  * @param ulComPort port number of the host's serial service
  * @return 0; 1 when the port could not be opened or no camera answered (the port then stays open, and every
  * command is refused)
@@ -214,7 +214,7 @@ VISCACAM_API uint32_t ViscaCamComInit(uint32_t ulComPort);
 
 /**
  * Look for the camera at 9600, 19200 and 38400 bit/s, once each. The rate that answers stays set. Blocks up
- * to about 1.7 s, longer only while the host's flush fails. Must not run beside the receiver thread.
+ * to about 2.7 s, longer only while the host's flush fails. Must not run beside the receiver thread.
  * @param iFd descriptor of the open port
  * @return 0 when a rate answered, else 1
  */

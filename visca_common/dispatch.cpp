@@ -5,6 +5,8 @@
 #include "visca_sony_ctrl/module_type.h"
 #include "viscacam.h"
 
+using namespace viscacam;
+
 namespace {
 
 uint32_t g_ulCamModType = MODULE_UNSET;
@@ -13,17 +15,13 @@ bool IsSony() {
     return IsSonyFamily(WordGet(g_ulCamModType));
 }
 
+// Outside its guard a function does nothing but say so under its own name.
+uint32_t DoNothing(const char *pcCaller, uint32_t ulResult) {
+    LOG_DEBUG_AS(pcCaller, "do nothing\n");
+    return ulResult;
+}
+
 } // namespace
-
-// The log line names the public function, so this cannot be a function of its own.
-#define FORWARD_OR(guard, call, otherwise)                                                                   \
-    if (guard) {                                                                                             \
-        return call;                                                                                         \
-    }                                                                                                        \
-    LOG_DEBUG("do nothing\n");                                                                               \
-    return otherwise
-
-#define FORWARD_TO_SONY(call) FORWARD_OR(IsSony(), call, VISCA_SUCCESS)
 
 uint32_t VISCA_Init(uint32_t ulComPort) {
     if (IsSony()) {
@@ -43,31 +41,31 @@ uint32_t VISCA_SetCamModuleType(uint32_t ulCamModType) {
 }
 
 uint32_t VISCA_IsMsgQueueEmpty(void) {
-    FORWARD_OR(IsSony(), ViscaIsCmdQueueEmpty(), 1);
+    return IsSony() ? ViscaIsCmdQueueEmpty() : DoNothing(__func__, 1);
 }
 
 uint32_t VISCA_ZoomIn(void) {
-    FORWARD_TO_SONY(SONY_ZoomIn());
+    return IsSony() ? SONY_ZoomIn() : DoNothing(__func__, VISCA_SUCCESS);
 }
 
 uint32_t VISCA_ZoomOut(void) {
-    FORWARD_TO_SONY(SONY_ZoomOut());
+    return IsSony() ? SONY_ZoomOut() : DoNothing(__func__, VISCA_SUCCESS);
 }
 
 uint32_t VISCA_ZoomStop(void) {
-    FORWARD_TO_SONY(SONY_ZoomStop());
+    return IsSony() ? SONY_ZoomStop() : DoNothing(__func__, VISCA_SUCCESS);
 }
 
 uint32_t VISCA_FocusNear(void) {
-    FORWARD_TO_SONY(SONY_FocusNear());
+    return IsSony() ? SONY_FocusNear() : DoNothing(__func__, VISCA_SUCCESS);
 }
 
 uint32_t VISCA_FocusFar(void) {
-    FORWARD_TO_SONY(SONY_FocusFar());
+    return IsSony() ? SONY_FocusFar() : DoNothing(__func__, VISCA_SUCCESS);
 }
 
 uint32_t VISCA_FocusStop(void) {
-    FORWARD_TO_SONY(SONY_FocusStop());
+    return IsSony() ? SONY_FocusStop() : DoNothing(__func__, VISCA_SUCCESS);
 }
 
 uint32_t VISCA_GetZoomPos(uint32_t *psZoom) {
@@ -75,33 +73,33 @@ uint32_t VISCA_GetZoomPos(uint32_t *psZoom) {
         LOG_ERROR("input param invalid\n");
         return VISCA_NULL_POINTER;
     }
-    FORWARD_TO_SONY(SONY_GetZoomPos(psZoom));
+    return IsSony() ? SONY_GetZoomPos(psZoom) : DoNothing(__func__, VISCA_SUCCESS);
 }
 
 uint32_t VISCA_GetFocusPos(int16_t *psFocus) {
-    FORWARD_TO_SONY(SONY_GetFocusPos(psFocus));
+    return IsSony() ? SONY_GetFocusPos(psFocus) : DoNothing(__func__, VISCA_SUCCESS);
 }
 
 uint32_t VISCA_SetZoomPos(int32_t sZoomPos) {
-    FORWARD_TO_SONY(SONY_SetZoomPos(sZoomPos));
+    return IsSony() ? SONY_SetZoomPos(sZoomPos) : DoNothing(__func__, VISCA_SUCCESS);
 }
 
 uint32_t VISCA_SetZoomFocusPos(int32_t sZoomPos, int32_t sFocusPos) {
-    FORWARD_TO_SONY(SONY_SetZoomFocusPos(sZoomPos, sFocusPos));
+    return IsSony() ? SONY_SetZoomFocusPos(sZoomPos, sFocusPos) : DoNothing(__func__, VISCA_SUCCESS);
 }
 
 uint32_t VISCA_SetZoomCut(uint32_t ulSelect, uint32_t ulValue) {
-    FORWARD_TO_SONY(SONY_SetZoomCut(ulSelect, ulValue));
+    return IsSony() ? SONY_SetZoomCut(ulSelect, ulValue) : DoNothing(__func__, VISCA_SUCCESS);
 }
 
 uint32_t VISCA_RetSetZoomFocus(void) {
-    FORWARD_TO_SONY(SONY_RetSetZoomFocus());
+    return IsSony() ? SONY_RetSetZoomFocus() : DoNothing(__func__, VISCA_SUCCESS);
 }
 
 uint32_t VISCA_EnableAF(uint32_t bIsEnable) {
-    FORWARD_TO_SONY(SONY_EnableAF(bIsEnable));
+    return IsSony() ? SONY_EnableAF(bIsEnable) : DoNothing(__func__, VISCA_SUCCESS);
 }
 
 uint32_t VISCA_SetFocusMode(uint32_t ulFocusMode) {
-    FORWARD_TO_SONY(SONY_SetFocusMode(ulFocusMode));
+    return IsSony() ? SONY_SetFocusMode(ulFocusMode) : DoNothing(__func__, VISCA_SUCCESS);
 }

@@ -7,6 +7,8 @@
 
 #include "viscacam.h"
 
+namespace viscacam {
+
 constexpr uint32_t VISCA_PKT_MAX = 16;
 constexpr uint8_t VISCA_TERMINATOR = 0xFF;
 constexpr uint32_t VISCA_PAYLOAD_MAX = VISCA_PKT_MAX - 2; // header and terminator
@@ -16,8 +18,9 @@ constexpr uint8_t Nibble(uint32_t ulValue, uint32_t ulIndex) {
     return static_cast<uint8_t>((ulValue >> (4U * ulIndex)) & 0x0FU);
 }
 
-// Four reply bytes from ulFirst on, most significant first, as a 16-bit position. The bytes are not masked to
-// their low nibble, so a camera that fills the upper one is read as it always was.
+// Four reply bytes from ulFirst on, most significant first, one nibble each. The bytes are not masked to
+// their low nibble, so a camera that fills the upper ones is read as it always was, and the sum may exceed 16
+// bits.
 constexpr uint32_t ReplyWord(const ViscaPkt *pstReply, uint32_t ulFirst) {
     return (static_cast<uint32_t>(pstReply->aucData[ulFirst]) << 12U) +
            (static_cast<uint32_t>(pstReply->aucData[ulFirst + 1]) << 8U) +
@@ -49,5 +52,7 @@ uint32_t InquireKova(const uint8_t (&aucPayload)[N], ViscaPkt *pstReply) {
     static_assert(N <= VISCA_PAYLOAD_MAX, "a packet holds 16 bytes, header and terminator included");
     return InquireKovaBytes(aucPayload, N, pstReply);
 }
+
+} // namespace viscacam
 
 #endif

@@ -12,7 +12,9 @@
 #include "visca_que/wait.h"
 #include "viscacam.h"
 
-pthread_mutex_t g_stInquiryMutex = PTHREAD_MUTEX_INITIALIZER;
+using namespace viscacam;
+
+pthread_mutex_t viscacam::g_stInquiryMutex = PTHREAD_MUTEX_INITIALIZER;
 
 namespace {
 
@@ -32,7 +34,7 @@ bool IsInquiryAllowed(const ViscaPkt *pstPkt, const char *pcCaller) {
     return ViscaIsUpdatingCam() != 1 || pstPkt->aucData[3] == ITEM_UPGRADE_STATE;
 }
 
-// The oldest element of the inquiry-result queue, or nullptr when none came within 6 s.
+// The oldest element of the inquiry-result queue, or nullptr when none came within 6 s or the wait failed.
 const void *WaitForAnswer(int32_t iFd, const char *pcCaller) {
     WaitResult enWait = WAIT_INTERRUPTED;
     while (enWait == WAIT_INTERRUPTED) {
@@ -83,6 +85,7 @@ uint32_t ViscaInquiry(ViscaPkt *pstPkt, ViscaPkt *pstReply) {
     }
     ViscaAppendByte(VISCA_TERMINATOR, pstPkt);
     ViscaPrintPkt(pstPkt, 1);
+    // The caller's count may lie beyond the record, whose bytes are all that there is to send.
     const uint32_t ulLength = pstPkt->ulLength < VISCA_PKT_MAX ? pstPkt->ulLength : VISCA_PKT_MAX;
     if (ViscaCamComSend(ulLength, pstPkt->aucData) != VISCA_SUCCESS) {
         LOG_ERROR("ViscaCamComSend fail\n");

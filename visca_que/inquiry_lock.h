@@ -6,6 +6,10 @@
 
 #include <pthread.h>
 
+namespace viscacam {
+
 extern pthread_mutex_t g_stInquiryMutex;
+
+} // namespace viscacam
 
 #endif

@@ -3,6 +3,8 @@
 #include <sys/time.h>
 #include <time.h>
 
+namespace viscacam {
+
 void LogTakeStamp(LogStamp *pstStamp) {
     struct timeval stNow = {};
     struct tm stLocal = {};
@@ -18,3 +20,5 @@ void LogTakeStamp(LogStamp *pstStamp) {
     pstStamp->iSecond = stLocal.tm_sec;
     pstStamp->ulMicroseconds = static_cast<unsigned long>(stNow.tv_usec);
 }
+
+} // namespace viscacam

@@ -12,8 +12,10 @@
 #include "viscacam_host.h"
 
 #ifndef __FILE_NAME__
-#    define __FILE_NAME__ LogBaseName(__FILE__)
+#    define __FILE_NAME__ viscacam::LogBaseName(__FILE__)
 #endif
+
+namespace viscacam {
 
 struct LogStamp {
     int iYear, iMonth, iDay, iHour, iMinute, iSecond;
@@ -42,12 +44,14 @@ constexpr long SL(int32_t lValue) {
     return lValue;
 }
 
+} // namespace viscacam
+
 #define LOG_PREFIX "%.4d-%.2d-%.2d %.2d:%.2d:%.2d %.6lu %-20s@fun:%-30sline:%-6d--[%.5s]"
 
 #define LOG_LINE(print, level, tag, function, message, ...)                                                  \
     do {                                                                                                     \
-        LogStamp stStamp_;                                                                                   \
-        LogTakeStamp(&stStamp_);                                                                             \
+        viscacam::LogStamp stStamp_;                                                                         \
+        viscacam::LogTakeStamp(&stStamp_);                                                                   \
         print(level, LOG_PREFIX message, stStamp_.iYear, stStamp_.iMonth, stStamp_.iDay, stStamp_.iHour,     \
               stStamp_.iMinute, stStamp_.iSecond, stStamp_.ulMicroseconds, __FILE_NAME__, function,          \
               __LINE__, tag, ##__VA_ARGS__);                                                                 \

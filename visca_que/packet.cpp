@@ -2,12 +2,20 @@
 #include <pthread.h>
 #include <stdio.h>
 #include <string.h>
-#include <unistd.h>
 
 #include "visca_que/command.h"
 #include "visca_que/inquiry_lock.h"
 #include "visca_que/log.h"
+#include "visca_que/wait.h"
 #include "viscacam.h"
+
+using namespace viscacam;
+
+namespace {
+
+constexpr size_t BYTE_TEXT = 5; // "0x81 "
+
+} // namespace
 
 static_assert(sizeof(ViscaPkt) == VISCA_QUEUE_ELEM_SIZE, "a packet is a queue element");
 
@@ -45,8 +53,8 @@ uint32_t ViscaEnQueueCmd(ViscaPkt *pstQueueElem) {
         LOG_DEBUG("ViscaIsCamComBusy true\n");
         return VISCA_FAILURE;
     }
-    // A packet that is full already goes out without a terminator, deliberately: the camera refuses it, and
-    // that is seen on the wire.
+    // A packet that is full already goes out without a terminator, deliberately. The camera then waits for
+    // one and takes the next packet for the rest of this.
     ViscaAppendByte(VISCA_TERMINATOR, pstQueueElem);
     if (QUEUE_PutRawData(VISCA_QUEUE_TYPE, VISCA_CMD_QUEUE_ID, pstQueueElem, VISCA_QUEUE_ELEM_SIZE) != 0) {
         LOG_ERROR("Visca QueueCmdCushion fail\n");
@@ -77,7 +85,7 @@ uint32_t ViscaWaitCmdQueueEmpty(uint32_t ulWaitTime) {
     while (ViscaIsCmdQueueEmpty() == 0 && ulCount != ulLimit) {
         ++ulCount;
         LOG_WARN("[%3ld] Wait queue empty, usleep(100,000)\n", static_cast<long>(ulCount));
-        (void)usleep(100000);
+        SleepMs(100);
     }
     // The last look is not believed even when it found the queue empty, deliberately; a limit of 0 therefore
     // always times out.
@@ -97,10 +105,10 @@ void ViscaPrintPkt(const ViscaPkt *pstPkt, uint32_t ulDirection) {
     constexpr char szHead[] = "ViscaPacket: ";
     constexpr size_t ulBytesAt = sizeof(szHead) - 1;
     char szText[128] = {};
-    static_assert(ulBytesAt + VISCA_PKT_MAX * 5 < sizeof(szText), "a full packet fits");
+    static_assert(ulBytesAt + VISCA_PKT_MAX * BYTE_TEXT < sizeof(szText), "a full packet fits");
     memcpy(szText, szHead, ulBytesAt);
     for (uint32_t i = 0; i < ulLength; ++i) {
-        const size_t ulAt = ulBytesAt + i * 5U;
+        const size_t ulAt = ulBytesAt + i * BYTE_TEXT;
         (void)snprintf(szText + ulAt, sizeof(szText) - ulAt, "0x%02x ", pstPkt->aucData[i]);
     }
     if (ulDirection == 1) {

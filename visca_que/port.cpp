@@ -6,7 +6,10 @@
 
 #include "visca_que/log.h"
 #include "visca_que/shared_word.h"
+#include "visca_que/wait.h"
 #include "viscacam.h"
+
+using namespace viscacam;
 
 namespace {
 
@@ -18,7 +21,7 @@ pthread_mutex_t g_stSendMutex = PTHREAD_MUTEX_INITIALIZER;
 
 constexpr uint32_t PROBE_ATTEMPTS = 20;
 constexpr uint32_t PROBE_READS = 5; // for each byte of the answer, 100 ms apart
-constexpr useconds_t PROBE_PAUSE_US = 100000;
+constexpr uint32_t PROBE_PAUSE_MS = 100;
 constexpr uint32_t BAUD_RATES[] = {9600, 19200, 38400};
 constexpr uint8_t PROBE[] = {0x81, 0x09, 0x04, 0x00,
                              0xFF}; // the power inquiry: every block answers it, also in standby
@@ -28,7 +31,7 @@ constexpr uint8_t PROBE_ANSWER[] = {0x90,
 void FlushUntilDone(int32_t iFd, const char *pcCaller) {
     while (DRV_FlushCom(iFd, VISCA_FLUSH_BOTH) != 0) {
         LOG_WARN_AS(pcCaller, "DRV_FlushCom fail, try it again\n");
-        (void)usleep(PROBE_PAUSE_US);
+        SleepMs(PROBE_PAUSE_MS);
     }
 }
 
@@ -38,7 +41,7 @@ bool ReadProbeByte(int32_t iFd, uint8_t *pucByte) {
         if (read(iFd, pucByte, 1) == 1) {
             return true;
         }
-        (void)usleep(PROBE_PAUSE_US);
+        SleepMs(PROBE_PAUSE_MS);
     }
     return false;
 }
@@ -95,7 +98,7 @@ uint32_t ViscaCamComInit(uint32_t ulComPort) {
             return VISCA_SUCCESS;
         }
         LOG_ERROR("AdaptCamComBaudRate fail %lu times, try it after 1 sec\n", UL(i));
-        (void)sleep(1);
+        SleepMs(1000);
     }
     ViscaSetCamCanCtrl(0);
     return VISCA_FAILURE;
@@ -114,7 +117,7 @@ uint32_t AdaptCamComBaudRate(int32_t iFd) {
         enResult = ProbeRate(iFd, i, __func__);
     }
     if (enResult == PROBE_BROKEN) {
-        return VISCA_FAILURE; // the port stays as it is: what just failed would fail again
+        return VISCA_FAILURE; // the descriptor stays non-blocking on this path, deliberately
     }
     if (enResult == PROBE_SILENT) {
         LOG_ERROR("--------------Can not ctrl the sony camera module-------------\n");

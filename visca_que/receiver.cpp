@@ -19,10 +19,12 @@
 #include "visca_que/wait.h"
 #include "viscacam.h"
 
+using namespace viscacam;
+
 namespace {
 
 constexpr uint32_t RECEIVER_WAIT_MS = 6000;
-constexpr uint32_t BYTE_GAP_MS = 1000; // a longer silence inside a reply means that its end was lost
+constexpr int64_t BYTE_GAP_US = 1000000; // a longer silence inside a reply means that its end was lost
 constexpr uint32_t REPLY_MIN = 3;
 constexpr uint32_t THREAD_TYPE_RECEIVER = 3;
 constexpr uint8_t REPLY_START = 0x90;    // an answer of camera 1
@@ -34,7 +36,7 @@ constexpr char DEAL_ONE_ACK[] = "ViscaDealOneAck";
 enum PassResult {
     PASS_HANDLED,     // at least one byte was read
     PASS_STOOD_ASIDE, // somebody else owns the line
-    PASS_READ_FAILED, // nothing could be read, or reading failed inside a reply
+    PASS_READ_FAILED, // nothing could be read
 };
 
 enum CollectResult { COLLECT_REPLY, COLLECT_REJECT, COLLECT_STOOD_ASIDE };
@@ -46,27 +48,33 @@ bool ReadByte(int32_t iFd, uint8_t *pucByte) {
 // Wait for the next byte of a reply. False after more than 1 s of silence by the monotonic clock; a wait that
 // ends early is taken up again. Where waiting is not possible the read decides.
 bool WaitForNextByte(int32_t iFd) {
-    const int64_t llStart = MonotonicMs();
+    const int64_t llStart = MonotonicUs();
     int64_t llGap = 0;
-    while (llGap <= BYTE_GAP_MS) {
-        const WaitResult enWait = WaitReadable(iFd, static_cast<uint32_t>(BYTE_GAP_MS + 1 - llGap));
+    while (llGap <= BYTE_GAP_US) {
+        const uint32_t ulLeftMs = static_cast<uint32_t>((BYTE_GAP_US - llGap) / 1000 + 1);
+        const WaitResult enWait = WaitReadable(iFd, ulLeftMs);
         if (enWait == WAIT_READABLE || enWait == WAIT_FAILED) {
             return true;
         }
-        llGap = MonotonicMs() - llStart;
+        llGap = MonotonicUs() - llStart;
     }
     return false;
 }
 
-// COLLECT. The packet holds the 0x90. A failed read is told through pbReadFailed and ends the reply as a
-// terminator would.
-CollectResult CollectReply(int32_t iFd, ViscaPkt *pstReply, bool *pbReadFailed) {
+CollectResult StandAside(const ViscaPkt *pstReply) {
+    ViscaPrintPkt(pstReply, 0);
+    return COLLECT_STOOD_ASIDE;
+}
+
+// COLLECT. The packet holds the 0x90. A failed read ends the reply as a terminator would.
+CollectResult CollectReply(int32_t iFd, ViscaPkt *pstReply) {
     for (;;) {
-        // The line may get a new owner while we wait, to whom the byte that ended the wait belongs.
-        const bool bInTime = ViscaIsCamComBusy() != 1 && WaitForNextByte(iFd);
         if (ViscaIsCamComBusy() == 1) {
-            ViscaPrintPkt(pstReply, 0);
-            return COLLECT_STOOD_ASIDE;
+            return StandAside(pstReply);
+        }
+        const bool bInTime = WaitForNextByte(iFd);
+        if (ViscaIsCamComBusy() == 1) {
+            return StandAside(pstReply); // the byte that ended the wait belongs to the new owner of the line
         }
         uint8_t ucByte = 0;
         const bool bRead = bInTime && ReadByte(iFd, &ucByte);
@@ -75,7 +83,6 @@ CollectResult CollectReply(int32_t iFd, ViscaPkt *pstReply, bool *pbReadFailed) 
             ++pstReply->ulLength;
         }
         if (!bRead || ucByte == VISCA_TERMINATOR || pstReply->ulLength == VISCA_PKT_MAX) {
-            *pbReadFailed = bInTime && !bRead;
             ViscaPrintPkt(pstReply, 0);
             const bool bEnded = pstReply->aucData[pstReply->ulLength - 1] == VISCA_TERMINATOR;
             return bEnded && pstReply->ulLength >= REPLY_MIN ? COLLECT_REPLY : COLLECT_REJECT;
@@ -142,12 +149,11 @@ void RouteReply(const ViscaPkt *pstReply) {
     }
 }
 
-PassResult CollectAndRoute(int32_t iFd) {
+void CollectAndRoute(int32_t iFd) {
     ViscaPkt stReply = {};
     stReply.aucData[0] = REPLY_START;
     stReply.ulLength = 1;
-    bool bReadFailed = false;
-    switch (CollectReply(iFd, &stReply, &bReadFailed)) {
+    switch (CollectReply(iFd, &stReply)) {
     case COLLECT_REPLY:
         RouteReply(&stReply);
         break;
@@ -157,12 +163,10 @@ PassResult CollectAndRoute(int32_t iFd) {
     case COLLECT_STOOD_ASIDE:
         break;
     }
-    return bReadFailed ? PASS_READ_FAILED : PASS_HANDLED;
 }
 
 // HUNT, and what follows from the byte that ends it.
-PassResult DealOneAck() {
-    const int32_t iFd = ViscaGetCamComFd();
+PassResult DealOneAck(int32_t iFd) {
     bool bReadAny = false;
     for (;;) {
         if (ViscaIsCamComBusy() == 1) {
@@ -171,11 +175,12 @@ PassResult DealOneAck() {
         uint8_t ucByte = 0;
         if (!ReadByte(iFd, &ucByte)) {
             LOG_ERROR_AS(DEAL_ONE_ACK, "read error, fail exit\n");
-            return PASS_READ_FAILED;
+            return bReadAny ? PASS_HANDLED : PASS_READ_FAILED;
         }
         bReadAny = true;
         if (ucByte == REPLY_START) {
-            return CollectAndRoute(iFd);
+            CollectAndRoute(iFd);
+            return PASS_HANDLED;
         }
         if (ucByte == AF_DEBUG_START) {
             DealAfDebugAnswer();
@@ -199,7 +204,7 @@ void ServePort(int32_t iFd, GrowingPause *pstPause) {
     default:
         return;
     }
-    switch (DealOneAck()) {
+    switch (DealOneAck(iFd)) {
     case PASS_HANDLED:
         PauseReset(pstPause);
         break;
@@ -226,5 +231,5 @@ void *ViscaAckMsgProc(void *) {
 }
 
 void ViscaDealOneAck(void) {
-    (void)DealOneAck();
+    (void)DealOneAck(ViscaGetCamComFd());
 }

@@ -15,12 +15,17 @@
 #include "visca_que/wait.h"
 #include "viscacam.h"
 
+using namespace viscacam;
+
 namespace {
 
 constexpr uint32_t SENDER_WAIT_MS = 6000;
 constexpr uint32_t RESULT_WAIT_MS = 2000;
 constexpr uint32_t STALE_RESULTS_MAX = 256;
 constexpr uint32_t THREAD_TYPE_SENDER = 4;
+
+// The lines about one command name the exported function, whichever helper writes them.
+constexpr char SEND_ONE_CMD[] = "ViscaSendOneCmd";
 
 enum SendResult {
     SEND_WRITTEN,   // a result is awaited
@@ -33,7 +38,7 @@ bool IsResultWaiting() {
     return QUEUE_IsEmpty(VISCA_QUEUE_TYPE, VISCA_CMD_RESULT_QUEUE_ID, &ulEmpty) == 0 && ulEmpty != 1;
 }
 
-void DropStaleResults(const char *pcCaller) {
+void DropStaleResults() {
     uint32_t ulDropped = 0;
     void *pElem = nullptr;
     while (ulDropped < STALE_RESULTS_MAX && IsResultWaiting() &&
@@ -41,26 +46,26 @@ void DropStaleResults(const char *pcCaller) {
         ++ulDropped;
     }
     if (ulDropped != 0) {
-        LOG_DEBUG_AS(pcCaller, "Drop %lu results of earlier commands\n", UL(ulDropped));
+        LOG_DEBUG_AS(SEND_ONE_CMD, "Drop %lu results of earlier commands\n", UL(ulDropped));
     }
 }
 
-SendResult SendOneCmd(const char *pcCaller) {
+SendResult SendOneCmd() {
     void *pElem = nullptr;
     if (QUEUE_GetSerialData(VISCA_CMD_QUEUE_ID, &pElem) != 0 || pElem == nullptr) {
-        LOG_DEBUG_AS(pcCaller, "QUEUE GetSerialData failed!\n");
+        LOG_DEBUG_AS(SEND_ONE_CMD, "QUEUE GetSerialData failed!\n");
         return SEND_NO_ELEMENT;
     }
     ViscaPkt stPkt;
     memcpy(&stPkt, pElem, sizeof(stPkt));
     if (stPkt.aucData[1] != 0x01 || stPkt.ulLength > VISCA_PKT_MAX) {
-        LOG_DEBUG_AS(pcCaller, "Get GET REQ msg in SET Req msg queue,discard it!\n");
+        LOG_DEBUG_AS(SEND_ONE_CMD, "Get GET REQ msg in SET Req msg queue,discard it!\n");
         return SEND_NOTHING;
     }
-    DropStaleResults(pcCaller);
+    DropStaleResults();
     ViscaPrintPkt(&stPkt, 1);
     if (ViscaCamComSend(stPkt.ulLength, stPkt.aucData) != VISCA_SUCCESS) {
-        LOG_DEBUG_AS(pcCaller, "ViscaCamComSend failed!\n");
+        LOG_DEBUG_AS(SEND_ONE_CMD, "ViscaCamComSend failed!\n");
         return SEND_NOTHING;
     }
     return SEND_WRITTEN;
@@ -77,7 +82,7 @@ void ServeQueue(int32_t iQueueFd, GrowingPause *pstPause) {
     default:
         return;
     }
-    const SendResult enResult = SendOneCmd("ViscaSendOneCmd");
+    const SendResult enResult = SendOneCmd();
     if (enResult == SEND_NO_ELEMENT) {
         PauseAndGrow(pstPause);
         return;
@@ -88,27 +93,27 @@ void ServeQueue(int32_t iQueueFd, GrowingPause *pstPause) {
     }
 }
 
-uint32_t StartDetached(void *(*pfnBody)(void *)) {
+int StartDetached(void *(*pfnBody)(void *)) {
     pthread_t stThread;
     const int iRet = pthread_create(&stThread, nullptr, pfnBody, nullptr);
     if (iRet == 0) {
         (void)pthread_detach(stThread);
     }
-    return static_cast<uint32_t>(iRet);
+    return iRet;
 }
 
 } // namespace
 
 uint32_t ViscaStartMsgProc(void) {
     LOG_DEBUG("FUN_ENTRY--param:\n");
-    uint32_t ulRet = StartDetached(ViscaQueueMsgProc);
-    if (ulRet != 0) {
-        LOG_ERROR("create Queue Msg Proc fail exit Ret[%ld]\n", static_cast<long>(ulRet));
+    int iRet = StartDetached(ViscaQueueMsgProc);
+    if (iRet != 0) {
+        LOG_ERROR("create Queue Msg Proc fail exit Ret[%ld]\n", SL(iRet));
         return VISCA_FAILURE;
     }
-    ulRet = StartDetached(ViscaAckMsgProc);
-    if (ulRet != 0) {
-        LOG_ERROR("create Ack Msg Proc fail exit Ret[%ld]\n", static_cast<long>(ulRet));
+    iRet = StartDetached(ViscaAckMsgProc);
+    if (iRet != 0) {
+        LOG_ERROR("create Ack Msg Proc fail exit Ret[%ld]\n", SL(iRet));
         return VISCA_FAILURE;
     }
     return VISCA_SUCCESS;
@@ -132,7 +137,7 @@ void *ViscaQueueMsgProc(void *) {
 }
 
 uint32_t ViscaSendOneCmd(void) {
-    return SendOneCmd(__func__) == SEND_WRITTEN ? VISCA_SUCCESS : VISCA_FAILURE;
+    return SendOneCmd() == SEND_WRITTEN ? VISCA_SUCCESS : VISCA_FAILURE;
 }
 
 void ViscaDropOneCmdAck(void) {

@@ -4,6 +4,8 @@
 #ifndef VISCACAM_VISCA_QUE_SHARED_WORD_H
 #define VISCACAM_VISCA_QUE_SHARED_WORD_H
 
+namespace viscacam {
+
 template <typename T>
 T WordGet(const T &rWord) {
     return __atomic_load_n(&rWord, __ATOMIC_RELAXED);
@@ -19,5 +21,7 @@ template <typename T>
 void WordSet(T &rWord, typename WordValue<T>::Type value) {
     __atomic_store_n(&rWord, value, __ATOMIC_RELAXED);
 }
+
+} // namespace viscacam
 
 #endif

@@ -5,6 +5,8 @@
 #include <time.h>
 #include <unistd.h>
 
+namespace viscacam {
+
 WaitResult WaitReadable(int32_t iFd, uint32_t ulMilliseconds) {
     if (iFd < 0 || iFd >= FD_SETSIZE) {
         return WAIT_FAILED;
@@ -26,14 +28,24 @@ WaitResult WaitReadable(int32_t iFd, uint32_t ulMilliseconds) {
     return errno == EINTR ? WAIT_INTERRUPTED : WAIT_FAILED;
 }
 
-int64_t MonotonicMs() {
+int64_t MonotonicUs() {
     struct timespec stNow = {};
     (void)clock_gettime(CLOCK_MONOTONIC, &stNow);
-    return static_cast<int64_t>(stNow.tv_sec) * 1000 + stNow.tv_nsec / 1000000;
+    return static_cast<int64_t>(stNow.tv_sec) * 1000000 + stNow.tv_nsec / 1000;
 }
 
 void SleepMs(uint32_t ulMilliseconds) {
-    (void)usleep(ulMilliseconds * 1000U);
+    const int64_t llEnd = MonotonicUs() + static_cast<int64_t>(ulMilliseconds) * 1000;
+    // usleep takes less than a second. A signal ends either call early; what is left is then slept by the
+    // clock.
+    const bool bInterrupted = (ulMilliseconds >= 1000 && sleep(ulMilliseconds / 1000) != 0) ||
+                              (ulMilliseconds % 1000 != 0 && usleep(ulMilliseconds % 1000 * 1000) != 0);
+    if (!bInterrupted) {
+        return;
+    }
+    for (int64_t llLeft = llEnd - MonotonicUs(); llLeft > 0; llLeft = llEnd - MonotonicUs()) {
+        (void)usleep(static_cast<useconds_t>(llLeft < 999999 ? llLeft : 999999));
+    }
 }
 
 void PauseAndGrow(GrowingPause *pstPause) {
@@ -48,3 +60,5 @@ void PauseAndGrow(GrowingPause *pstPause) {
 void PauseReset(GrowingPause *pstPause) {
     pstPause->ulNextMs = PAUSE_FIRST_MS;
 }
+
+} // namespace viscacam

@@ -4,6 +4,8 @@
 
 #include <stdint.h>
 
+namespace viscacam {
+
 enum WaitResult {
     WAIT_READABLE,
     WAIT_TIMEOUT,
@@ -14,8 +16,11 @@ enum WaitResult {
 // Wait until a descriptor is readable, for at most ulMilliseconds.
 WaitResult WaitReadable(int32_t iFd, uint32_t ulMilliseconds);
 
-// Milliseconds of the monotonic clock.
-int64_t MonotonicMs();
+// The monotonic clock.
+int64_t MonotonicUs();
+
+// Sleep for at least so long; signals do not cut it short.
+void SleepMs(uint32_t ulMilliseconds);
 
 // A pause that grows while the same trouble goes on, so that neither the processor nor the log is flooded: 20
 // ms at first, 1 s after a few rounds. One thread owns one.
@@ -26,8 +31,9 @@ struct GrowingPause {
 constexpr uint32_t PAUSE_FIRST_MS = 20;
 constexpr uint32_t PAUSE_LONGEST_MS = 1000;
 
-void SleepMs(uint32_t ulMilliseconds);
 void PauseAndGrow(GrowingPause *pstPause);
 void PauseReset(GrowingPause *pstPause);
+
+} // namespace viscacam
 
 #endif

@@ -4,6 +4,8 @@
 
 #include <stdint.h>
 
+namespace viscacam {
+
 constexpr uint32_t MODULE_UNSET = 0xFFFFFFFF;
 constexpr uint32_t MODULE_SONY_1 = 0x02000001;
 constexpr uint32_t MODULE_SONY_3 = 0x02000003;
@@ -29,5 +31,7 @@ constexpr bool IsKnownSonyBlock(uint32_t ulCamModType) {
 constexpr bool IsKova(uint32_t ulCamModType) {
     return (ulCamModType & 0xFFFFF000U) == 0x02012000U;
 }
+
+} // namespace viscacam
 
 #endif

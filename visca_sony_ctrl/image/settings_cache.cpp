@@ -4,13 +4,15 @@
 #include "visca_que/shared_word.h"
 #include "viscacam.h"
 
-ImageSettingsCache g_stImageCache;
+using namespace viscacam;
+
+ImageSettingsCache viscacam::g_stImageCache;
 
 void SonyInitVar4IMG(void) {
     LOG_DEBUG("FUN_ENTRY--param:\n");
 
     constexpr uint32_t ulUnknown = 0xFFFFFFFF;
-    uint32_t *const apulUnknown[] = {
+    static constexpr uint32_t *apulUnknown[] = {
         &g_stImageCache.ulExposureMode,
         &g_stImageCache.ulIris,
         &g_stImageCache.ulShutter,
@@ -43,8 +45,8 @@ void SonyInitVar4IMG(void) {
 
     WordSet(g_stImageCache.bExposureModeChanged, 0);
     WordSet(g_stImageCache.bBlackWhiteChanged, 0);
-    // The other changed words and the hold keep what they are: the values that they govern are unknown now
-    // and go out anyway.
+    // The other changed words stay: the values that they govern are unknown now and go out anyway. The hold
+    // stays, since the detection that raised it still owns its settings.
 }
 
 uint32_t SonyInitCamIMG(uint32_t) {

@@ -10,6 +10,8 @@
 
 #include <stdint.h>
 
+namespace viscacam {
+
 // A value of -1 means unknown: the next request is sent. A request for -1 itself right after start-up counts
 // as unchanged, deliberately.
 struct ImageSettingsCache {
@@ -50,5 +52,7 @@ struct ImageSettingsCache {
 };
 
 extern ImageSettingsCache g_stImageCache;
+
+} // namespace viscacam
 
 #endif

@@ -3,6 +3,8 @@
 #include "visca_que/log.h"
 #include "viscacam.h"
 
+using namespace viscacam;
+
 uint32_t SONY_EnableAF(uint32_t bIsEnable) {
     LOG_DEBUG("FUN_ENTRY--param:bIsEnable[%lu]\n", UL(bIsEnable));
     const uint8_t ucMode = bIsEnable == 1 ? 0x02 : 0x03; // auto, manual

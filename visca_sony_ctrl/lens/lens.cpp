@@ -5,8 +5,10 @@
 #include "visca_sony_ctrl/lens/lens_speed.h"
 #include "viscacam.h"
 
-uint32_t g_ulZoomSpeed = 0;
-uint32_t g_ulFocusSpeed = 0;
+using namespace viscacam;
+
+uint32_t viscacam::g_ulZoomSpeed = 0;
+uint32_t viscacam::g_ulFocusSpeed = 0;
 
 namespace {
 

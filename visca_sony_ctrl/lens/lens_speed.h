@@ -5,7 +5,11 @@
 
 #include <stdint.h>
 
+namespace viscacam {
+
 extern uint32_t g_ulZoomSpeed;
 extern uint32_t g_ulFocusSpeed;
+
+} // namespace viscacam
 
 #endif

@@ -1,9 +1,10 @@
 // Power, reset and the camera's registers.
-#include <unistd.h>
-
 #include "visca_que/command.h"
 #include "visca_que/log.h"
+#include "visca_que/wait.h"
 #include "viscacam.h"
+
+using namespace viscacam;
 
 namespace {
 
@@ -23,12 +24,12 @@ uint32_t SonyResetCam(void) {
     return QueueCommand({0x01, 0x04, 0x19, 0x03});
 }
 
-// No bound on the number of rounds, as required: a camera may take its time, and the host cannot go on
+// No bound on the number of rounds, deliberately: a camera may take its time, and the host cannot go on
 // without it.
 uint32_t SonyWaitPowerOn(void) {
     LOG_DEBUG("FUN_ENTRY--param:\n");
     for (;;) {
-        (void)usleep(100000);
+        SleepMs(100);
         ViscaPkt stReply;
         if (Inquire({0x09, 0x04, 0x00}, &stReply) != VISCA_SUCCESS) {
             LOG_ERROR("ViscaInquiry failed exit\n");
@@ -54,7 +55,8 @@ uint32_t SonyGetRegisterVal(uint8_t ucRegisterNo, uint8_t *pucRegisterVal) {
         LOG_ERROR("ViscaInquiry failed exit\n");
         return VISCA_FAILURE;
     }
-    *pucRegisterVal = static_cast<uint8_t>((stReply.aucData[2] << 4U) + (stReply.aucData[3] & 0x0FU));
+    *pucRegisterVal = static_cast<uint8_t>((static_cast<uint32_t>(stReply.aucData[2]) << 4U) +
+                                           (stReply.aucData[3] & 0x0FU));
     return VISCA_SUCCESS;
 }
 

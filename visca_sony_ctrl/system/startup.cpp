@@ -5,6 +5,8 @@
 #include "visca_sony_ctrl/module_type.h"
 #include "viscacam.h"
 
+using namespace viscacam;
+
 namespace {
 
 uint32_t SwitchDzoomOff(const char *pcCaller) {
