@@ -9,9 +9,19 @@ set(VISCACAM_SOURCES
     visca_que/receiver.cpp
     visca_que/sender.cpp
     visca_que/wait.cpp
+    visca_sony_ctrl/image/day_night.cpp
+    visca_sony_ctrl/image/defog.cpp
+    visca_sony_ctrl/image/exposure.cpp
+    visca_sony_ctrl/image/exposure_values.cpp
+    visca_sony_ctrl/image/picture.cpp
+    visca_sony_ctrl/image/profile.cpp
     visca_sony_ctrl/image/settings_cache.cpp
+    visca_sony_ctrl/image/wdr.cpp
+    visca_sony_ctrl/image/white_balance.cpp
+    visca_sony_ctrl/kova/image_detect.cpp
     visca_sony_ctrl/lens/focus_mode.cpp
     visca_sony_ctrl/lens/lens.cpp
+    visca_sony_ctrl/system/driver_message.cpp
     visca_sony_ctrl/system/power.cpp
     visca_sony_ctrl/system/startup.cpp
     visca_common/dispatch.cpp)

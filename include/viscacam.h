@@ -58,6 +58,83 @@ typedef struct {
     uint32_t ulLength;   /**< number of valid bytes, 0 to 16 */
 } ViscaPkt;
 
+/** What a host wants of the exposure: 22 words, 88 bytes. */
+typedef struct {
+    uint32_t ulExposureMode; /**< 0 automatic, 1 automatic within ranges (Kova), 2 shutter priority, 3 iris
+                                priority, 4 fixed gain (Kova), 5 and 6 further modes of the Kova module, 7
+                                manual */
+    int32_t lExpCompValue;   /**< exposure compensation, -100 to 100 */
+    uint32_t ulIris;         /**< F-number times 100, 99999 closed */
+    uint32_t ulShutter;      /**< N of 1/N s */
+    uint32_t ulGain;         /**< set: dB, 0 to 29 (Sony), or 0 to 100 (Kova); get: thousandths of a dB */
+    uint32_t ulReserved5;    /**< not read */
+    uint32_t ulReserved6;    /**< not read */
+    uint32_t ulSlowShutter;  /**< one bound of the shutter range, N of 1/N s */
+    uint32_t ulFastShutter;  /**< the other bound */
+    uint32_t ulMaxGain;      /**< upper bound of the gain range */
+    uint32_t ulMinGain;      /**< lower bound of the gain range */
+    uint32_t bIsAutoSlowShutter; /**< 1 on, 0 off */
+    uint32_t ulMaxSlowShutter;   /**< limit of the automatic slow shutter */
+    uint32_t ulWdr;              /**< wide dynamic range: 0 off, 1 on, 2 automatic */
+    uint32_t ulWdrLevel;         /**< 0 to 9 */
+    uint32_t ulMeteringMode;     /**< 0 average, 1 spot, 2 a further mode of the Kova module */
+    uint32_t TopX;               /**< spot rectangle, hundredths of the picture */
+    uint32_t TopY;               /**< spot rectangle, hundredths of the picture */
+    uint32_t BotX;               /**< spot rectangle, hundredths of the picture */
+    uint32_t BotY;               /**< spot rectangle, hundredths of the picture */
+    uint32_t ulBlackWhiteMode;   /**< 0 leave as it is, 1 colour, 2 black-and-white; Sony blocks only */
+    uint32_t ulReserved21;       /**< not read */
+} ExposureParam;
+
+/** White balance, 12 bytes. */
+typedef struct {
+    uint32_t ulWbMode;   /**< 0 and 3 auto tracing, 1 manual, 2 auto, 6 sodium vapour lamp; any other value is
+                            taken as 0 */
+    int32_t lBlueOffset; /**< -127 to 127; the low 16 bits count */
+    int32_t lRedOffset;  /**< -127 to 127; the low 16 bits count */
+} WhiteBalanceParam;
+
+/** Picture controls, each 0 to 255, 32 bytes. */
+typedef struct {
+    uint32_t ulBrightness; /**< Kova modules only */
+    uint32_t ulContrast;   /**< Kova modules only */
+    uint32_t ulSaturation;
+    uint32_t ulReserved3; /**< not read */
+    uint32_t ulReserved4; /**< not read */
+    uint32_t ulSharpness;
+    uint32_t ulDenoise2D; /**< Kova modules only */
+    uint32_t ulDenoise3D;
+} ImageEnhanceParam;
+
+/** Settings that were asked for while the Kova module's image detection runs, kept until it ends. 16 bytes.
+ */
+typedef struct {
+    int32_t lBlackWhiteMode; /**< day/night mode, -1 for none */
+    int32_t lWbMode;         /**< white-balance mode, -1 for none */
+    int32_t lBlueOffset;
+    int32_t lRedOffset;
+} ImgDetectParam;
+
+/** A message of the host. aucMsgData is as long as the host makes it; 8 bytes are the least. 32 bytes. */
+typedef struct {
+    uint32_t ulMsgType;    /**< 0 get, 1 set */
+    uint32_t ulMsgCmd;     /**< set: 30 defog, 2 image-tuning debug; get: 34 focus value */
+    uint32_t ulMsgChannel; /**< channel; for the image-tuning debug command the item */
+    uint32_t ulReserved0;  /**< passed through */
+    uint32_t ulReserved1;  /**< not used */
+    uint32_t ulMsgLen;     /**< length of the data in bytes */
+    uint8_t aucMsgData[8]; /**< command 30: two 32-bit words, defog mode and sensitivity; command 2: the value
+                              in the first byte */
+} DrvMsgInfo;
+
+/** @name Exported globals
+ * Words that the library and the host share without a lock.
+ * @{ */
+
+/** Requests held back during the Kova module's image detection. Written by the library. */
+extern VISCACAM_API ImgDetectParam gstImgDetectParam;
+/** @} */
+
 /** @name Public layer
  * Each function looks at the module type and forwards its arguments to the driver of that family. For a
  * module of another family, and before VISCA_SetCamModuleType(), it does nothing and returns 0 unless its
@@ -89,6 +166,97 @@ VISCACAM_API uint32_t VISCA_SetCamModuleType(uint32_t ulCamModType);
  * @return 1 when the command queue is empty, 0 when it is not; 1 for a module outside the Sony family
  */
 VISCACAM_API uint32_t VISCA_IsMsgQueueEmpty(void);
+
+/**
+ * Hand a message of the host to the driver. Blocks as the messages that ask the camera do (at most 6 s).
+ * @param pstMsgInfo the message; a get message is answered in it
+ * @return 0; 1 for NULL, an unknown message type, or a get that failed. Failures of set messages are logged
+ * only
+ */
+VISCACAM_API uint32_t VISCA_MessageProcess(DrvMsgInfo *pstMsgInfo);
+
+/**
+ * Apply an exposure profile: what differs from what was sent before, in a fixed order, stopping at the first
+ * command that cannot be queued. Values that the camera does not have are logged and passed over.
+ * @param ulChannelID logged only
+ * @param ulImageType 0; others are refused
+ * @param pstExposure the profile; kept for VISCA_GetExposureCfg() even when it is refused
+ * @return 0, or 1 when something was not queued, or for another image type
+ */
+VISCACAM_API uint32_t VISCA_SetExposure(uint32_t ulChannelID, uint32_t ulImageType,
+                                        const ExposureParam *pstExposure) VISCACAM_NONNULL(3);
+
+/**
+ * Read the current gain into ulGain (thousandths of a dB); no other field is written. Blocks for the answer,
+ * at most 6 s.
+ * @param ulChannelID logged only
+ * @param ulImageType 0; others are refused
+ * @param pstExposure receives the gain
+ * @return 0; 1 when the inquiry was refused or failed, or for another image type
+ */
+VISCACAM_API uint32_t VISCA_GetExposure(uint32_t ulChannelID, uint32_t ulImageType,
+                                        ExposureParam *pstExposure) VISCACAM_NONNULL(3);
+
+/** Copy the exposure profile that was offered last, valid or not. @param pstExposure receives it @return 0 */
+VISCACAM_API uint32_t VISCA_GetExposureCfg(ExposureParam *pstExposure) VISCACAM_NONNULL(1);
+
+/**
+ * Apply white balance.
+ * @param ulChannelID not used
+ * @param ulImageType 0; others are refused
+ * @param pstWb       the mode, and the offsets of the manual mode
+ * @return 0, or 1 when something was not queued, or for another image type
+ */
+VISCACAM_API uint32_t VISCA_SetWhiteBalance(uint32_t ulChannelID, uint32_t ulImageType,
+                                            const WhiteBalanceParam *pstWb) VISCACAM_NONNULL(3);
+
+/** Read the offsets that were applied last; ulWbMode is left as it is, and the camera is not asked. @return 0
+ */
+VISCACAM_API uint32_t VISCA_GetWhiteBalance(uint32_t ulChannelID, uint32_t ulImageType,
+                                            WhiteBalanceParam *pstWb) VISCACAM_NONNULL(3);
+
+/** Read the current gain. Blocks for the answer, at most 6 s. @param ulChannelID not used @param pulGain
+ * receives dB; 0 on failure
+ * @return 0, or 1 when the inquiry was refused or failed */
+VISCACAM_API uint32_t VISCA_GetGain(uint32_t ulChannelID, uint32_t *pulGain) VISCACAM_NONNULL(2);
+
+/**
+ * Apply picture controls: what differs from what was sent before, stopping at the first command that cannot
+ * be queued. Values above 255 are limited, with a log line.
+ * @param ulChannelID not used
+ * @param ulImageType 0; others are refused
+ * @param pstEnhance  the controls
+ * @return 0, or 1 when something was not queued, or for another image type
+ */
+VISCACAM_API uint32_t VISCA_SetImageEnhance(uint32_t ulChannelID, uint32_t ulImageType,
+                                            const ImageEnhanceParam *pstEnhance) VISCACAM_NONNULL(3);
+
+/**
+ * Apply a variable function. Only ulMsgCmd 30 (defog: mode and sensitivity in the data) does something.
+ * @param ulChannelID not used
+ * @param ulVarFnType not used
+ * @param pstMsgInfo  the message
+ * @return 0, or 1 when something was not queued
+ */
+VISCACAM_API uint32_t VISCA_SetImageVarFn(uint32_t ulChannelID, uint32_t ulVarFnType, DrvMsgInfo *pstMsgInfo)
+    VISCACAM_NONNULL(3);
+
+/** Does nothing for every module. @return 0 */
+VISCACAM_API uint32_t VISCA_GetImageVarFn(uint32_t ulChannelID, uint32_t ulVarFnType, DrvMsgInfo *pstMsgInfo);
+
+/**
+ * Switch between day and night.
+ * @param ulChannelID      logged only
+ * @param ulBlackWhiteMode 0 the camera decides, 1 colour, 2 black-and-white; others are logged and change
+ * nothing
+ * @return 0, or 1 when something was not queued
+ */
+VISCACAM_API uint32_t VISCA_SetBlackWhiteMode(uint32_t ulChannelID, uint32_t ulBlackWhiteMode);
+
+/** Read the day/night mode that was set last; the camera is not asked. @param pulBlackWhiteMode receives 1 or
+ * 2
+ * @return 0; 1 for NULL, and when the mode is automatic or unknown */
+VISCACAM_API uint32_t VISCA_GetBlackWhiteMode(uint32_t *pulBlackWhiteMode);
 
 /** Drive the zoom towards tele at the start-up speed, until VISCA_ZoomStop(). @return 0, or 1 when it was not
  * queued */
@@ -358,6 +526,119 @@ VISCACAM_API uint32_t SonyGetRegisterVal(uint8_t ucRegisterNo, uint8_t *pucRegis
  * @return 0; 1 for a register above 0x7F or when it was not queued
  */
 VISCACAM_API uint32_t SonySetRegisterVal(uint8_t ucRegisterNo, uint8_t ucRegisterVal);
+/** @} */
+
+/** @name Driver: messages of the host @{ */
+VISCACAM_API uint32_t SONY_MessageProcess(DrvMsgInfo *pstMsgInfo); /**< see VISCA_MessageProcess() */
+/** Handle a set message. Failures are logged only. @return 0 */
+VISCACAM_API uint32_t SonyProcSetMsg(DrvMsgInfo *pstMsgInfo) VISCACAM_NONNULL(1);
+/** Handle a get message. @return 0, or 1 when it failed */
+VISCACAM_API uint32_t SonyProcGetMsg(DrvMsgInfo *pstMsgInfo) VISCACAM_NONNULL(1);
+/** Send an image-tuning debug command. @param ulChannelID item, low 8 bits @param ulMsgData value, low 8 bits
+ * @return 0, or 1 when it was not queued */
+VISCACAM_API uint32_t SonyProcIQDebugMsg(uint32_t ulChannelID, uint32_t ulMsgData);
+/** @} */
+
+/** @name Driver: image profiles
+ * The VISCA_* functions of the same names forward here; arguments and results are the same.
+ * @{ */
+VISCACAM_API uint32_t SONY_SetExposure(uint32_t ulChannelID, uint32_t ulImageType,
+                                       const ExposureParam *pstExposure)
+    VISCACAM_NONNULL(3); /**< see VISCA_SetExposure() */
+VISCACAM_API uint32_t SONY_GetExposure(uint32_t ulChannelID, uint32_t ulImageType, ExposureParam *pstExposure)
+    VISCACAM_NONNULL(3); /**< see VISCA_GetExposure() */
+VISCACAM_API uint32_t SONY_GetExposureCfg(ExposureParam *pstExposure)
+    VISCACAM_NONNULL(1); /**< see VISCA_GetExposureCfg() */
+VISCACAM_API uint32_t SONY_SetWhiteBalance(uint32_t ulChannelID, uint32_t ulImageType,
+                                           const WhiteBalanceParam *pstWb)
+    VISCACAM_NONNULL(3); /**< see VISCA_SetWhiteBalance() */
+VISCACAM_API uint32_t SONY_GetWhiteBalance(uint32_t ulChannelID, uint32_t ulImageType,
+                                           WhiteBalanceParam *pstWb)
+    VISCACAM_NONNULL(3); /**< see VISCA_GetWhiteBalance() */
+VISCACAM_API uint32_t SONY_SetImageEnhance(uint32_t ulChannelID, uint32_t ulImageType,
+                                           const ImageEnhanceParam *pstEnhance)
+    VISCACAM_NONNULL(3); /**< see VISCA_SetImageEnhance() */
+VISCACAM_API uint32_t SONY_SetImageVarFn(uint32_t ulChannelID, uint32_t ulVarFnType, DrvMsgInfo *pstMsgInfo)
+    VISCACAM_NONNULL(3); /**< see VISCA_SetImageVarFn() */
+VISCACAM_API uint32_t SONY_GetGain(uint32_t ulChannelID, uint32_t *pulGain)
+    VISCACAM_NONNULL(2); /**< see VISCA_GetGain() */
+VISCACAM_API uint32_t SONY_SetBlackWhiteMode(uint32_t ulChannelID,
+                                             uint32_t ulBlackWhiteMode); /**< see VISCA_SetBlackWhiteMode() */
+VISCACAM_API uint32_t
+SONY_GetBlackWhiteMode(uint32_t *pulBlackWhiteMode); /**< see VISCA_GetBlackWhiteMode() */
+/** @} */
+
+/** @name Driver: image primitives
+ * One function for each parameter. A value equal to the one that was sent last is not sent again, except
+ * where a setting that governs it was changed since; the last value is remembered only once the command was
+ * queued. ulChannelID is logged only. Unless a comment says otherwise the result is 0, or 1 when a command
+ * was not queued; a value that the module does not have is logged and gives 0, so that a profile goes on.
+ * They must not run side by side.
+ * @{ */
+
+/** Exposure mode. @param ulExposureMode see ExposureParam. What depends on the mode is sent again at its next
+ * request */
+VISCACAM_API uint32_t SonySetExposureMode(uint32_t ulChannelID, uint32_t ulExposureMode);
+/** Shutter. @param ulShutter N of 1/N s; Sony: 1 to 10000 in the steps of both video norms; Kova: any, the
+ * low 16 bits count */
+VISCACAM_API uint32_t SonyImgSetShutter(uint32_t ulChannelID, uint32_t ulShutter);
+/** Gain. @param ulGain Sony: dB, 0 to 29; Kova: 0 to 100, more is limited */
+VISCACAM_API uint32_t SonyImgSetGain(uint32_t ulChannelID, uint32_t ulGain);
+/** Iris. @param ulIris F-number times 100 in the lens's steps, 99999 closed */
+VISCACAM_API uint32_t SonyImgSetIris(uint32_t ulChannelID, uint32_t ulIris);
+/** Shutter range of the automatic modes, Kova only. @param ulSlowShutter one bound @param ulFastShutter the
+ * other, in either order */
+VISCACAM_API uint32_t SonyImgSetShutterScope(uint32_t ulChannelID, uint32_t ulSlowShutter,
+                                             uint32_t ulFastShutter);
+/** Gain range of the automatic modes, Kova only. @param ulMinGain lower bound @param ulMaxGain upper bound;
+ * the low 8 bits count */
+VISCACAM_API uint32_t SonyImgSetGainScope(uint32_t ulChannelID, uint32_t ulMinGain, uint32_t ulMaxGain);
+/** Automatic slow shutter. @param bIsAutoSlowShutter 1 on, 0 off; any other value gives 1 */
+VISCACAM_API uint32_t SonyImgSetAutoSlowShutter(uint32_t ulChannelID, uint32_t bIsAutoSlowShutter);
+/** Limit of the automatic slow shutter, Kova only. @param ulMaxSlowShutter the low 8 bits count */
+VISCACAM_API uint32_t SonyImgSetAutoSlowShutterLimit(uint32_t ulChannelID, uint32_t ulMaxSlowShutter);
+/** Exposure compensation. @param lExpCompValue -100 to 100 in steps of 14; not checked */
+VISCACAM_API uint32_t SonySetExpComp(uint32_t ulChannelID, int32_t lExpCompValue);
+/** Metering. @param ulMeteringMode 0 average, 1 spot, 2 a further mode of the Kova module */
+VISCACAM_API uint32_t SonySetAEMetering(uint32_t ulChannelID, uint32_t ulMeteringMode);
+/** Spot-metering position, always sent. @param pulPos four words TopX, TopY, BotX, BotY in hundredths of the
+ * picture */
+VISCACAM_API uint32_t SonySetSpotAEPos(uint32_t ulChannelID, const uint32_t *pulPos) VISCACAM_NONNULL(2);
+/** Read the current gain. Blocks for the answer, at most 6 s. @param pulGain receives thousandths of a dB;
+ * may be NULL
+ * @return 0, or 1 when the inquiry was refused or failed */
+VISCACAM_API uint32_t SonyGetCurrentGain(uint32_t ulChannelID, uint32_t *pulGain);
+
+/** White-balance mode. @param enAWBMode 0 auto, 6 indoor, 7 outdoor, 8 sodium lamp, 10 manual, 11 auto
+ * tracing, 12 outdoor auto, 13 sodium vapour lamp auto, 14 one-push; any other value gives 1 */
+VISCACAM_API uint32_t SonySetVideoWBMode(uint32_t ulChannelID, int32_t enAWBMode);
+/** Manual white balance, always sent. @param sROffset red, -127 to 127; outside it becomes 127 @param
+ * sBOffset blue, likewise */
+VISCACAM_API uint32_t SonySetManualWB(uint32_t ulChannelID, int16_t sROffset, int16_t sBOffset);
+/** Brightness, Kova only. @param ulBrightness 0 to 255, more is limited */
+VISCACAM_API uint32_t SonySetVideoBrightness(uint32_t ulChannelID, uint32_t ulBrightness);
+/** Contrast, Kova only. @param ulContrast 0 to 255, more is limited */
+VISCACAM_API uint32_t SonySetVideoContrast(uint32_t ulChannelID, uint32_t ulContrast);
+/** Saturation. @param ulSaturation 0 to 255; Sony: more is limited; Kova: the low 8 bits count */
+VISCACAM_API uint32_t SonySetVideoSaturation(uint32_t ulChannelID, uint32_t ulSaturation);
+/** Sharpness. @param ulSharpness 0 to 255 */
+VISCACAM_API uint32_t SonySetVideoSharpness(uint32_t ulChannelID, uint32_t ulSharpness);
+/** 2D noise reduction, Kova only. @param ulDenoise2D 0 to 255, more is limited */
+VISCACAM_API uint32_t SonySetDenoise2D(uint32_t ulChannelID, uint32_t ulDenoise2D);
+/** 3D noise reduction. @param ulDenoise3D 0 to 255, more is limited */
+VISCACAM_API uint32_t SonySetDenoise3D(uint32_t ulChannelID, uint32_t ulDenoise3D);
+/** Defog, always sent; Kova, 0x02000003 and 0x02000005 only. @param ulMode 0 off, more is stronger; the low 8
+ * bits count */
+VISCACAM_API uint32_t SonySetDefogMode(uint32_t ulChannelID, uint32_t ulMode);
+/** Defog sensitivity, always sent; Kova only. @param ulSense the low 8 bits count */
+VISCACAM_API uint32_t SonySetDefogSense(uint32_t ulChannelID, uint32_t ulSense);
+
+/** Day/night. @param ulBlackWhiteMode 0 the camera decides, 1 colour, 2 black-and-white */
+VISCACAM_API uint32_t SonySetBlackWhiteMode(uint32_t ulChannelID, uint32_t ulBlackWhiteMode);
+/** Wide dynamic range. @param ulWdr 0 off, 1 on, 2 automatic */
+VISCACAM_API uint32_t SonyImgSetWDR(uint32_t ulChannelID, uint32_t ulWdr);
+/** Level of the wide dynamic range, Kova only. @param ulWdrLevel 0 to 9, more is limited */
+VISCACAM_API uint32_t SonyImgSetWDRLevel(uint32_t ulChannelID, uint32_t ulWdrLevel);
 /** @} */
 
 /** @name Driver: lens

@@ -44,6 +44,62 @@ uint32_t VISCA_IsMsgQueueEmpty(void) {
     return IsSony() ? ViscaIsCmdQueueEmpty() : DoNothing(__func__, 1);
 }
 
+uint32_t VISCA_MessageProcess(DrvMsgInfo *pstMsgInfo) {
+    return IsSony() ? SONY_MessageProcess(pstMsgInfo) : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_SetExposure(uint32_t ulChannelID, uint32_t ulImageType, const ExposureParam *pstExposure) {
+    return IsSony() ? SONY_SetExposure(ulChannelID, ulImageType, pstExposure)
+                    : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_GetExposure(uint32_t ulChannelID, uint32_t ulImageType, ExposureParam *pstExposure) {
+    return IsSony() ? SONY_GetExposure(ulChannelID, ulImageType, pstExposure)
+                    : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_GetExposureCfg(ExposureParam *pstExposure) {
+    return IsSony() ? SONY_GetExposureCfg(pstExposure) : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_SetWhiteBalance(uint32_t ulChannelID, uint32_t ulImageType, const WhiteBalanceParam *pstWb) {
+    return IsSony() ? SONY_SetWhiteBalance(ulChannelID, ulImageType, pstWb)
+                    : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_GetWhiteBalance(uint32_t ulChannelID, uint32_t ulImageType, WhiteBalanceParam *pstWb) {
+    return IsSony() ? SONY_GetWhiteBalance(ulChannelID, ulImageType, pstWb)
+                    : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_GetGain(uint32_t ulChannelID, uint32_t *pulGain) {
+    return IsSony() ? SONY_GetGain(ulChannelID, pulGain) : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_SetImageEnhance(uint32_t ulChannelID, uint32_t ulImageType,
+                               const ImageEnhanceParam *pstEnhance) {
+    return IsSony() ? SONY_SetImageEnhance(ulChannelID, ulImageType, pstEnhance)
+                    : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_SetImageVarFn(uint32_t ulChannelID, uint32_t ulVarFnType, DrvMsgInfo *pstMsgInfo) {
+    return IsSony() ? SONY_SetImageVarFn(ulChannelID, ulVarFnType, pstMsgInfo)
+                    : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_GetImageVarFn(uint32_t, uint32_t, DrvMsgInfo *) {
+    return DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_SetBlackWhiteMode(uint32_t ulChannelID, uint32_t ulBlackWhiteMode) {
+    return IsSony() ? SONY_SetBlackWhiteMode(ulChannelID, ulBlackWhiteMode)
+                    : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_GetBlackWhiteMode(uint32_t *pulBlackWhiteMode) {
+    return IsSony() ? SONY_GetBlackWhiteMode(pulBlackWhiteMode) : DoNothing(__func__, VISCA_SUCCESS);
+}
+
 uint32_t VISCA_ZoomIn(void) {
     return IsSony() ? SONY_ZoomIn() : DoNothing(__func__, VISCA_SUCCESS);
 }

@@ -10,6 +10,8 @@
 
 #include <stdint.h>
 
+#include "viscacam.h"
+
 namespace viscacam {
 
 // A value of -1 means unknown: the next request is sent. A request for -1 itself right after start-up counts
@@ -49,6 +51,9 @@ struct ImageSettingsCache {
     uint32_t bBlackWhiteChanged;      // governs the Kova module's contrast
 
     uint32_t bDetectImgHold; // 1 while the Kova module's detection phase owns day/night and white balance
+
+    ExposureParam
+        stExposureCfg; // the exposure profile that the host offered last, refused or not; never reset
 };
 
 extern ImageSettingsCache g_stImageCache;
