@@ -1,0 +1,40 @@
+#ifndef VISCACAM_SIM_FRAMER_H
+#define VISCACAM_SIM_FRAMER_H
+
+#include "sim/sim.h"
+
+#include <optional>
+
+namespace sim {
+
+constexpr size_t LONGEST_PACKET = 16;
+
+/* Bytes between a header (0x80 to 0x8F and so on: bit 7 set) and the terminator 0xFF, both included. */
+struct Packet {
+    Bytes bytes; /* of a packet that is too long, the first LONGEST_PACKET */
+    size_t length = 0;
+    Clock::time_point begin; /* of its first byte on the line */
+    Clock::time_point end;   /* of its last byte */
+
+    bool tooLong() const { return length > LONGEST_PACKET; }
+};
+
+/* Cuts the byte stream into packets. Bytes that belong to none (no header yet, a lone 0xFF) are collected as
+ * junk. */
+class Framer {
+  public:
+    /* begin and end: when this byte was on the line. The packet that it completes, if it does. */
+    std::optional<Packet> push(uint8_t byte, Clock::time_point begin, Clock::time_point end);
+    /* The junk since the last call. */
+    Bytes takeJunk();
+    void reset();
+    bool insidePacket() const { return m_packet.length > 0; }
+
+  private:
+    Packet m_packet;
+    Bytes m_junk;
+};
+
+} // namespace sim
+
+#endif

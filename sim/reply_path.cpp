@@ -1,0 +1,122 @@
+#include "sim/reply_path.h"
+
+namespace sim {
+
+namespace {
+
+constexpr uint8_t TERMINATOR = 0xFF;
+constexpr uint64_t LONGEST_NOISE = 8;
+
+void append(std::string &text, const std::string &more) {
+    text += (text.empty() ? "" : ", ") + more;
+}
+
+} // namespace
+
+void ReplyPath::send(Bytes reply, const std::string &kind) {
+    Faults &faults = m_world.faults;
+    ++m_counts[kind];
+    if (faults.active(Fault::mute)) {
+        m_world.remark("mute: a reply is not sent");
+        return;
+    }
+    std::string text;
+    if (faults.strikes(Fault::address)) {
+        reply[0] = static_cast<uint8_t>(0x80 + 0x10 * static_cast<unsigned>(faults.value(Fault::address)));
+        append(text, "address");
+    }
+    if (faults.strikes(Fault::noise))
+        sendNoise();
+    if (faults.strikes(Fault::length))
+        sendRuns();
+    const Bytes bytes = damage(reply, text);
+    if (faults.strikes(Fault::merge)) {
+        hold(bytes, text);
+        return;
+    }
+    Line::Sending sending{bytes, text};
+    if (bytes.size() > 1 && faults.strikes(Fault::split)) {
+        sending.gapAfter = faults.dice(Fault::split).below(bytes.size() - 1);
+        sending.gap = m_world.real(std::chrono::duration<double>(faults.value(Fault::split) / 1000));
+        append(sending.text, "split");
+    }
+    m_line.send(sending, m_world.now, m_baud());
+}
+
+void ReplyPath::sendRaw(const Bytes &bytes, const std::string &text) {
+    m_line.send({bytes, text}, m_world.now, m_baud());
+}
+
+Bytes ReplyPath::damage(const Bytes &reply, std::string &text) {
+    Faults &faults = m_world.faults;
+    Bytes bytes;
+    for (uint8_t byte : reply) {
+        const bool last = byte == TERMINATOR;
+        if (last && faults.strikes(Fault::dropFf)) {
+            append(text, "drop-ff");
+            continue;
+        }
+        if (faults.strikes(Fault::dropRx)) {
+            append(text, "drop-rx");
+            continue;
+        }
+        if (faults.strikes(Fault::flip)) {
+            byte = static_cast<uint8_t>(byte ^ 1u << faults.dice(Fault::flip).below(8));
+            append(text, "flip");
+        }
+        bytes.push_back(byte);
+        if (faults.strikes(Fault::dup)) {
+            bytes.push_back(byte);
+            append(text, "dup");
+        }
+    }
+    return bytes;
+}
+
+void ReplyPath::sendNoise() {
+    Random &dice = m_world.faults.dice(Fault::noise);
+    Bytes bytes(1 + dice.below(LONGEST_NOISE));
+    const uint64_t kind = dice.below(3);
+    for (uint8_t &byte : bytes)
+        byte = kind == 0 ? static_cast<uint8_t>(dice.next()) : kind == 1 ? 0x00 : 0xFF;
+    sendRaw(bytes, "noise");
+}
+
+void ReplyPath::sendRuns() {
+    Bytes bytes(static_cast<size_t>(m_world.faults.value(Fault::length)), 0x01);
+    bytes[0] = 0x90;
+    if (bytes.size() > 1)
+        bytes[1] = 0x50;
+    sendRaw(bytes, "length");
+}
+
+void ReplyPath::hold(const Bytes &bytes, const std::string &text) {
+    if (m_held.empty()) {
+        const std::chrono::duration<double> time(m_world.faults.value(Fault::merge) / 1000);
+        m_world.after(time, [this] { release(); });
+        m_heldText = "merge";
+    }
+    m_held.insert(m_held.end(), bytes.begin(), bytes.end());
+    if (!text.empty())
+        append(m_heldText, text);
+}
+
+void ReplyPath::release() {
+    if (m_held.empty())
+        return;
+    Line::Sending sending{m_held, m_heldText};
+    sending.burst = true;
+    m_line.send(sending, m_world.now, m_baud());
+    m_held.clear();
+}
+
+void ReplyPath::flood() {
+    if (!m_world.faults.strikes(Fault::flood))
+        return;
+    static const Bytes acknowledgement = {0x90, 0x41, 0xFF};
+    sendRaw(acknowledgement, "flood");
+    m_world.scheduler.at(m_world.now + acknowledgement.size() * m_line.byteTime(m_baud()),
+                         [this] { flood(); });
+}
+
+} // namespace sim

@@ -1,0 +1,19 @@
+#include "sim/scheduler.h"
+
+namespace sim {
+
+std::optional<Clock::time_point> Scheduler::next() const {
+    if (m_due.empty())
+        return std::nullopt;
+    return m_due.begin()->first.first;
+}
+
+void Scheduler::run(Clock::time_point now) {
+    while (!m_due.empty() && m_due.begin()->first.first <= now) {
+        Action action = std::move(m_due.begin()->second);
+        m_due.erase(m_due.begin());
+        action();
+    }
+}
+
+} // namespace sim
