@@ -9,6 +9,8 @@ function(viscacam_add_test)
     add_executable(${ARG_NAME} ${ARG_SOURCES})
     target_include_directories(${ARG_NAME} PRIVATE "${PROJECT_SOURCE_DIR}" "${PROJECT_SOURCE_DIR}/include")
     target_link_libraries(${ARG_NAME} PRIVATE ${ARG_LIBS} GTest::gtest GTest::gmock GTest::gtest_main Threads::Threads viscacam_warnings)
+    # Tests are compiled for a quick build: not optimised, with line numbers only. What they test keeps its flags.
+    target_compile_options(${ARG_NAME} PRIVATE -O0 -g1)
     foreach(function IN LISTS ARG_WRAP)
         target_link_options(${ARG_NAME} PRIVATE -Wl,--wrap=${function})
     endforeach()
