@@ -18,12 +18,28 @@ set(VISCACAM_SOURCES
     visca_sony_ctrl/image/settings_cache.cpp
     visca_sony_ctrl/image/wdr.cpp
     visca_sony_ctrl/image/white_balance.cpp
+    visca_sony_ctrl/kova/ability.cpp
+    visca_sony_ctrl/kova/analysis.cpp
+    visca_sony_ctrl/kova/dome.cpp
+    visca_sony_ctrl/kova/focus_trigger.cpp
     visca_sony_ctrl/kova/image_detect.cpp
+    visca_sony_ctrl/kova/module_info.cpp
+    visca_sony_ctrl/kova/orientation.cpp
+    visca_sony_ctrl/kova/package_version.cpp
+    visca_sony_ctrl/kova/power_cycle.cpp
+    visca_sony_ctrl/kova/report.cpp
+    visca_sony_ctrl/kova/sensor.cpp
+    visca_sony_ctrl/kova/version.cpp
+    visca_sony_ctrl/kova/version_files.cpp
     visca_sony_ctrl/lens/focus_mode.cpp
     visca_sony_ctrl/lens/lens.cpp
+    visca_sony_ctrl/lens/near_limit.cpp
     visca_sony_ctrl/system/driver_message.cpp
+    visca_sony_ctrl/system/identity.cpp
     visca_sony_ctrl/system/power.cpp
+    visca_sony_ctrl/system/reverse.cpp
     visca_sony_ctrl/system/startup.cpp
+    visca_sony_ctrl/system/video_norm.cpp
     visca_common/dispatch.cpp)
 list(TRANSFORM VISCACAM_SOURCES PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
 

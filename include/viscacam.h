@@ -58,6 +58,20 @@ typedef struct {
     uint32_t ulLength;   /**< number of valid bytes, 0 to 16 */
 } ViscaPkt;
 
+/** What a host wants the camera to put out, 12 bytes. */
+typedef struct {
+    uint32_t ulWidth;     /**< pixels */
+    uint32_t ulHeight;    /**< lines */
+    uint32_t ulFrameRate; /**< frames per second */
+} VideoNormParam;
+
+/** Identity of the camera, 96 bytes. Texts end in a blank and NUL. */
+typedef struct {
+    char szVendor[32];
+    char szModel[32];
+    char szFirmware[32];
+} CameraInfo;
+
 /** What a host wants of the exposure: 22 words, 88 bytes. */
 typedef struct {
     uint32_t ulExposureMode; /**< 0 automatic, 1 automatic within ranges (Kova), 2 shutter priority, 3 iris
@@ -127,9 +141,23 @@ typedef struct {
                               in the first byte */
 } DrvMsgInfo;
 
+/** Told on the receiver thread that the zoom or the focus began (1) or ceased (0) to move. Replies wait until
+ * it returns; it may queue commands, but not ask inquiries, whose answers would wait for it. */
+typedef void (*ViscaStatusCallback)(uint32_t ulActive);
+
+/** Told on the receiver thread that the module wants its image parameters set again. The same holds for it.
+ */
+typedef void (*ViscaReconfigCallback)(void);
+
 /** @name Exported globals
  * Words that the library and the host share without a lock.
  * @{ */
+
+/** Callbacks for reports, NULL for none. Set them by the functions below, which also switch the module's
+ * reports. A callback that is replaced may be called once more by a report that is being handled. */
+extern VISCACAM_API ViscaStatusCallback gpfnReportZoomStatus;
+extern VISCACAM_API ViscaStatusCallback gpfnReportFocusStatus;      /**< see gpfnReportZoomStatus */
+extern VISCACAM_API ViscaReconfigCallback gpfnReconfigKovaImgParam; /**< see gpfnReportZoomStatus */
 
 /** Requests held back during the Kova module's image detection. Written by the library. */
 extern VISCACAM_API ImgDetectParam gstImgDetectParam;
@@ -174,6 +202,24 @@ VISCACAM_API uint32_t VISCA_IsMsgQueueEmpty(void);
  * only
  */
 VISCACAM_API uint32_t VISCA_MessageProcess(DrvMsgInfo *pstMsgInfo);
+
+/**
+ * Set the video norm. Does nothing to a camera that is in it already; else switches it off or resets it,
+ * writes its registers, waits until it is on again and forgets the image settings. Blocks meanwhile: seconds,
+ * without a bound while the camera stays off.
+ * @param pstVideoNorm the norm; which ones there are depends on the module
+ * @return 0; 1 for NULL, an unknown module or norm, and when a step failed (the camera then stays as far as
+ * it got)
+ */
+VISCACAM_API uint32_t VISCA_SetVin(const VideoNormParam *pstVideoNorm);
+
+/**
+ * Read the camera's identity, whatever the module type. Blocks for the answer, at most 6 s.
+ * @param ulChannelID   logged only
+ * @param pstCameraInfo receives the texts; unknown identifiers are written as numbers
+ * @return 0, or 1 when the inquiry was refused or failed
+ */
+VISCACAM_API uint32_t VISCA_GetCamInfo(uint32_t ulChannelID, CameraInfo *pstCameraInfo) VISCACAM_NONNULL(2);
 
 /**
  * Apply an exposure profile: what differs from what was sent before, in a fixed order, stopping at the first
@@ -327,6 +373,80 @@ VISCACAM_API uint32_t VISCA_EnableAF(uint32_t bIsEnable);
  * @return 0, or 1 when it was not queued
  */
 VISCACAM_API uint32_t VISCA_SetFocusMode(uint32_t ulFocusMode);
+
+/** Choose the auto-focus mode. @param ulType the camera's mode number; the low 8 bits count @return 0, or 1
+ * when it was not queued */
+VISCACAM_API uint32_t VISCA_SetAFType(uint32_t ulType);
+
+/**
+ * Choose how close the camera focuses, and let it focus again.
+ * @param ulFocusNearLimit millimetres: 100, 1000, 3000 or 10000; any other value takes the module's default,
+ * with a log line
+ * @return 0; 1 for a module without such a table, or when something was not queued
+ */
+VISCACAM_API uint32_t VISCA_SetFocusMinLen(uint32_t ulFocusNearLimit);
+
+/** Infrared focus correction. @param bIrCurve 0 or 1; any other value is refused @return 0, or 1 when refused
+ * or not queued */
+VISCACAM_API uint32_t VISCA_EnableIrCurve(uint32_t bIrCurve);
+
+/**
+ * Focus once. Sony blocks know no arguments.
+ * @param ulTrigType Kova: 0 plain, 6 to 9 the module's own kinds, 10 on a point, 11 in a rectangle; others
+ * are refused
+ * @param pulParam   Kova: two words for 10, four for 11, the low 16 bits of each; else not read
+ * @return 0, or 1 when refused or not queued
+ */
+VISCACAM_API uint32_t VISCA_OnePushAutoFocus(uint32_t ulTrigType, const uint32_t *pulParam);
+/** @} */
+
+/** @name Public layer: Kova modules
+ * As above, for (type & 0xFFFFF000) == 0x02012000. Inquiries block for the answer, at most 6 s each.
+ * @{ */
+
+/** Read the picture's brightness. @param ulChannelID logged only @param plLuma receives it, 0 for another
+ * module; may be NULL
+ * @return 0, or 1 when the inquiry was refused or failed */
+VISCACAM_API uint32_t VISCA_KOVA_GetCurLuma(uint32_t ulChannelID, int32_t *plLuma);
+/** Choose the scene. @param ulSceneType 0 to 8, 80 or 81; others are refused @return 0, or 1 when refused or
+ * not queued */
+VISCACAM_API uint32_t VISCA_KOVA_SetSceneInfo(uint32_t ulSceneType);
+/** Set a report callback and switch the module's reports. @param ulSigType 0 zoom, 1 focus @param fCallBack
+ * NULL switches them off
+ * @return 0; 1 when not queued, the old callback then stays; 2 for another ulSigType */
+VISCACAM_API uint32_t VISCA_KOVA_SetSigCallback(uint32_t ulSigType, ViscaStatusCallback fCallBack);
+/** Read the encoder's software version. @param pcVer receives 16 bytes, NUL-padded @return 0, or 1 when
+ * refused or failed */
+VISCACAM_API uint32_t VISCA_KOVA_GetSoftVer(char *pcVer) VISCACAM_NONNULL(1);
+/** Read version and type of the encoder board. @param pulVer receives the version @param pulType receives the
+ * type
+ * @return 0; 1 when the inquiry was refused or failed, the outputs then stay */
+VISCACAM_API uint32_t VISCA_KOVA_GetEncBoardVerType(uint32_t *pulVer, uint32_t *pulType)
+    VISCACAM_NONNULL(1, 2);
+/** The same of the sensor board. */
+VISCACAM_API uint32_t VISCA_KOVA_GetSensorBoardVerType(uint32_t *pulVer, uint32_t *pulType)
+    VISCACAM_NONNULL(1, 2);
+/** The same of the motor board. */
+VISCACAM_API uint32_t VISCA_KOVA_GetMotorBoardVerType(uint32_t *pulVer, uint32_t *pulType)
+    VISCACAM_NONNULL(1, 2);
+/** Read the temperature. @param ulChannelID logged only @param plTemperature receives degrees, -127 to 128;
+ * -127 when the module did not answer @return 0; 1 when the inquiry was refused or failed, the output then
+ * stays */
+VISCACAM_API uint32_t VISCA_KOVA_GetTemperature(uint32_t ulChannelID, int32_t *plTemperature)
+    VISCACAM_NONNULL(2);
+/** Switch the IR cut filter. @param bIsEnable 1 on, any other value off @return 0, or 1 when it was not
+ * queued */
+VISCACAM_API uint32_t VISCA_KOVA_SetIRcut(int32_t bIsEnable);
+/** Read stamp and program version; for the whole Sony family. @param pcBuf receives the text, 114 bytes; NULL
+ * does nothing
+ * @return 0, or 1 when the version could not be read (pcBuf then holds no terminated text) */
+VISCACAM_API uint32_t VISCA_KOVA_GetCamVer(char *pcBuf);
+/** Read the extension version. @param pcExtVer receives the text, 100 bytes
+ * @return 0; 1 when it could not be read, for NULL, and for another module */
+VISCACAM_API uint32_t VISCA_KOVA_GetExtVer(char *pcExtVer);
+/** Test the module's capabilities. @param ulMask bits @return 1 when all are set, else 0; 0 for another
+ * module */
+VISCACAM_API uint32_t VISCA_KOVA_HasCamAbility(uint32_t ulMask);
 /** @} */
 
 /** @name The link: packets and the command queue @{ */
@@ -528,6 +648,21 @@ VISCACAM_API uint32_t SonyGetRegisterVal(uint8_t ucRegisterNo, uint8_t *pucRegis
 VISCACAM_API uint32_t SonySetRegisterVal(uint8_t ucRegisterNo, uint8_t ucRegisterVal);
 /** @} */
 
+/** @name Driver: video norm, orientation, identity @{ */
+VISCACAM_API uint32_t SONY_SetVin(const VideoNormParam *pstVideoNorm); /**< see VISCA_SetVin() */
+/** Read the mirror setting. Blocks for the answer, at most 6 s. @param pbSet receives 1 mirrored, 0 not
+ * @return 0; 1 when the inquiry was refused or failed; 2 for NULL */
+VISCACAM_API uint32_t SonyGetMirrorMode(uint32_t *pbSet);
+/** Read the flip setting. Blocks for the answer, at most 6 s. @param pbSet receives 1 flipped, 0 not
+ * @return 0; 1 when the inquiry was refused or failed; 2 for NULL */
+VISCACAM_API uint32_t SonyGetFlipMode(uint32_t *pbSet);
+/** Set mirror and flip. @param ulReverseMode 0 neither, 1 both, 2 mirror, 3 flip; others are refused
+ * @return 0, or 1 when refused or not queued */
+VISCACAM_API uint32_t SonySetCamReverse(uint32_t ulReverseMode);
+VISCACAM_API uint32_t SONY_GetCamInfo(uint32_t ulChannelID, CameraInfo *pstCameraInfo)
+    VISCACAM_NONNULL(2); /**< see VISCA_GetCamInfo() */
+/** @} */
+
 /** @name Driver: messages of the host @{ */
 VISCACAM_API uint32_t SONY_MessageProcess(DrvMsgInfo *pstMsgInfo); /**< see VISCA_MessageProcess() */
 /** Handle a set message. Failures are logged only. @return 0 */
@@ -660,8 +795,114 @@ VISCACAM_API uint32_t SONY_SetZoomCut(uint32_t ulSelect, uint32_t ulValue); /**<
 VISCACAM_API uint32_t SONY_EnableAF(uint32_t bIsEnable);                    /**< see VISCA_EnableAF() */
 VISCACAM_API uint32_t SONY_SetFocusMode(uint32_t ulFocusMode);              /**< see VISCA_SetFocusMode() */
 
+VISCACAM_API uint32_t SONY_SetAFType(uint32_t ulType);                /**< see VISCA_SetAFType() */
+VISCACAM_API uint32_t SONY_SetMinFocusLen(uint32_t ulFocusNearLimit); /**< see VISCA_SetFocusMinLen() */
+VISCACAM_API uint32_t SONY_EnableIrCurve(uint32_t bIrCurve);          /**< see VISCA_EnableIrCurve() */
+
+/** Focus once. @return 0, or 1 when it was not queued */
+VISCACAM_API uint32_t SONY_OnePushTriggerAF(void);
+
 /** Switch digital zoom. @param bEnable 1 on, any other value off @return 0, or 1 when it was not queued */
 VISCACAM_API uint32_t SonyImgEnableDzoom(uint32_t bEnable);
+/** @} */
+
+/** @name Kova module services
+ * Inquiries block for the answer, at most 6 s each; unless a comment says otherwise the result is 0, or 1
+ * when the inquiry was refused or failed or the command was not queued.
+ * @{ */
+
+/** The capability word, 0 until it was detected. */
+VISCACAM_API uint32_t KovaGetCamAbility(void);
+/** Store the capability word. @param ulAbility its bits @return 0 */
+VISCACAM_API uint32_t KovaSetCamAbility(uint32_t ulAbility);
+/** Ask the module for its capability word and store it; a module that does not answer gets 0. */
+VISCACAM_API uint32_t KovaDetectCamAbility(void);
+/** Test the capability word. @param ulMask bits @return 1 when all are set, else 0 */
+VISCACAM_API uint32_t KOVA_HasCamAbility(uint32_t ulMask);
+
+/** The module's uImage (kernel) version. @param pcVer receives the text, 100 bytes; NULL gives 1 */
+VISCACAM_API uint32_t KovaGetCurKovaUimageVer(char *pcVer);
+/** The module's program version. Takes one inquiry, or one and one for each segment. @param pcVer receives
+ * the text, 100 bytes; NULL gives 1 */
+VISCACAM_API uint32_t KovaGetCurKovaProgramVer(char *pcVer);
+/** The module's extension version, "UNKNOWN" when it has none. @param pcExtVer receives the text, 100 bytes;
+ * NULL gives 1 */
+VISCACAM_API uint32_t KovaGetExtVer(char *pcExtVer);
+/** The uImage version of the upgrade package under /tmp/update. @param pcVer receives the text, 100 bytes
+ * @return 0, or 1 when the package's version file is missing or holds none */
+VISCACAM_API uint32_t KovaGetNewKovaUimageVer(char *pcVer) VISCACAM_NONNULL(1);
+/** The program version of the upgrade package. @param pcVer receives the text, 100 bytes @return as
+ * KovaGetNewKovaUimageVer() */
+VISCACAM_API uint32_t KovaGetNewKovaProgramVer(char *pcVer) VISCACAM_NONNULL(1);
+VISCACAM_API uint32_t KOVA_GetCamVersion(char *pcBuf);                  /**< see VISCA_KOVA_GetCamVer() */
+VISCACAM_API uint32_t KOVA_GetExtVer(char *pcExtVer);                   /**< see KovaGetExtVer() */
+VISCACAM_API uint32_t KOVA_GetSoftVer(char *pcVer) VISCACAM_NONNULL(1); /**< see VISCA_KOVA_GetSoftVer() */
+/** Version and type of a board. @param ulBoard 0 encoder, 1 sensor, 2 motor; the low 8 bits count @param
+ * pulVer receives the version
+ * @param pulType receives the type. Both stay on failure */
+VISCACAM_API uint32_t KOVA_GetBoardVerType(uint32_t ulBoard, uint32_t *pulVer, uint32_t *pulType)
+    VISCACAM_NONNULL(2, 3);
+VISCACAM_API uint32_t KOVA_GetTemperature(uint32_t ulChannelID, int32_t *plTemperature)
+    VISCACAM_NONNULL(2); /**< see VISCA_KOVA_GetTemperature() */
+/** Write the version files /tmp/kova_interversion, kova_version and kova_kversion through the host's shell.
+ * Two hosts on one machine share them. @return 0 */
+VISCACAM_API uint32_t KovaDumpVerInfo(void);
+
+/**
+ * Set the sensor's orientation. A module that needs it is power-cycled, and then only when the orientation
+ * differs: blocks 4 s and until the module is on again, without a bound.
+ * @param ulReverseMode 0 neither, 1 mirror and flip, 2 mirror, 3 flip; others are refused
+ * @param ulForce       1 sets it and power-cycles in any case
+ */
+VISCACAM_API uint32_t KOVA_SetSensorReverse(uint32_t ulReverseMode, uint32_t ulForce);
+/** Set the orientation that the product's sub-type calls for. Blocks as KOVA_SetSensorReverse(). */
+VISCACAM_API uint32_t KovaReverseCam(void);
+/** The sensor's offset. @param plOffsetX receives X, -32768 to 32767; NULL gives 1 @param plOffsetY receives
+ * Y, likewise */
+VISCACAM_API uint32_t KOVA_GetSensorOffset(int32_t *plOffsetX, int32_t *plOffsetY);
+/** Set the sensor's offset and power-cycle the module: blocks 1 s and until it is on again, without a bound.
+ * @param lOffsetX X, low 16 bits @param lOffsetY Y, low 16 bits @param ulFlag the module's flag, low 8 bits
+ */
+VISCACAM_API uint32_t KOVA_SetSensorOffset(int32_t lOffsetX, int32_t lOffsetY, uint32_t ulFlag);
+VISCACAM_API uint32_t KOVA_SetIRcut(int32_t bIsEnable); /**< see VISCA_KOVA_SetIRcut() */
+/** Set the module's clock. @param ulSeconds seconds since 1970 */
+VISCACAM_API uint32_t KOVA_SetTime(uint32_t ulSeconds);
+/** Switch low-delay mode. @param ulEnable 0 off, any other value on */
+VISCACAM_API uint32_t KOVA_SetLowDelayMode(uint32_t ulEnable);
+
+/** Start the module's image detection, once in a process: sets day mode and a fixed white balance, and holds
+ * back what the host asks for of both until KOVA_ResumeDetectImgParam(). Blocks 3 s. SONY_SetVin() calls it.
+ * @param ulCamModType module type code */
+VISCACAM_API void KovaSetDetectImgParam(uint32_t ulCamModType);
+/** End the image detection and apply what was held back. Blocks 0.5 s. @return 0 */
+VISCACAM_API uint32_t KOVA_ResumeDetectImgParam(void);
+/** Tell the module its dome type, which the device model says. */
+VISCACAM_API void KovaSetDomeTypeToCam(void);
+VISCACAM_API uint32_t KOVA_GetCurLuma(uint32_t ulChannelID,
+                                      int32_t *plLuma);        /**< see VISCA_KOVA_GetCurLuma() */
+VISCACAM_API uint32_t KOVA_SetSceneMode(uint32_t ulSceneType); /**< see VISCA_KOVA_SetSceneInfo() */
+VISCACAM_API uint32_t KOVA_OnePushTriggerAF(uint32_t ulTrigType,
+                                            const uint32_t *pulParam); /**< see VISCA_OnePushAutoFocus() */
+/** The picture's sharpness. @param ulChannelID logged only @param plFocusValue receives it; may be NULL */
+VISCACAM_API uint32_t KovaGetImageFocusValue(uint32_t ulChannelID, int32_t *plFocusValue);
+/** The same in a message: its four bytes, the lowest first, taken as text. @param ulChannelID logged only
+ * @param pstMsgInfo ulMsgLen must be 4 and becomes the length of the text and its NUL, at most 5 @return 0; 1
+ * for another length or a failed inquiry */
+VISCACAM_API uint32_t KOVA_GetImageFocusValue(uint32_t ulChannelID, DrvMsgInfo *pstMsgInfo)
+    VISCACAM_NONNULL(2);
+
+/** Set gpfnReportZoomStatus and switch the module's zoom reports. @param fCallBack NULL switches them off. On
+ * failure the old one stays */
+VISCACAM_API uint32_t KovaSetZoomStatusCallback(ViscaStatusCallback fCallBack);
+/** Set gpfnReportFocusStatus and switch the module's focus reports. @param fCallBack NULL switches them off.
+ * On failure the old one stays */
+VISCACAM_API uint32_t KovaSetFocusStatusCallback(ViscaStatusCallback fCallBack);
+VISCACAM_API uint32_t KOVA_SetStatusCallback(
+    uint32_t ulSigType, ViscaStatusCallback fCallBack); /**< see VISCA_KOVA_SetSigCallback() */
+/** Set gpfnReconfigKovaImgParam. @param fCallBack NULL for none */
+VISCACAM_API void KOVA_SetRecfgImgParamCallback(ViscaReconfigCallback fCallBack);
+/** Handle one report of the module. For the receiver thread. @param pstReport the report */
+VISCACAM_API void KovaDealReport(const ViscaPkt *pstReport) VISCACAM_NONNULL(1);
 /** @} */
 
 #ifdef __cplusplus

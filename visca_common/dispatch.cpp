@@ -11,8 +11,17 @@ namespace {
 
 uint32_t g_ulCamModType = MODULE_UNSET;
 
+// Board numbers of the Kova module.
+constexpr uint32_t BOARD_ENCODER = 0;
+constexpr uint32_t BOARD_SENSOR = 1;
+constexpr uint32_t BOARD_MOTOR = 2;
+
 bool IsSony() {
     return IsSonyFamily(WordGet(g_ulCamModType));
+}
+
+bool IsKovaModule() {
+    return IsKova(WordGet(g_ulCamModType));
 }
 
 // Outside its guard a function does nothing but say so under its own name.
@@ -46,6 +55,15 @@ uint32_t VISCA_IsMsgQueueEmpty(void) {
 
 uint32_t VISCA_MessageProcess(DrvMsgInfo *pstMsgInfo) {
     return IsSony() ? SONY_MessageProcess(pstMsgInfo) : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_SetVin(const VideoNormParam *pstVideoNorm) {
+    return IsSony() ? SONY_SetVin(pstVideoNorm) : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+// Whatever the module: an unknown one is asked, too.
+uint32_t VISCA_GetCamInfo(uint32_t ulChannelID, CameraInfo *pstCameraInfo) {
+    return SONY_GetCamInfo(ulChannelID, pstCameraInfo);
 }
 
 uint32_t VISCA_SetExposure(uint32_t ulChannelID, uint32_t ulImageType, const ExposureParam *pstExposure) {
@@ -158,4 +176,90 @@ uint32_t VISCA_EnableAF(uint32_t bIsEnable) {
 
 uint32_t VISCA_SetFocusMode(uint32_t ulFocusMode) {
     return IsSony() ? SONY_SetFocusMode(ulFocusMode) : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_SetAFType(uint32_t ulType) {
+    return IsSony() ? SONY_SetAFType(ulType) : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_SetFocusMinLen(uint32_t ulFocusNearLimit) {
+    return IsSony() ? SONY_SetMinFocusLen(ulFocusNearLimit)
+                    : VISCA_SUCCESS; // the one row that does nothing silently
+}
+
+uint32_t VISCA_EnableIrCurve(uint32_t bIrCurve) {
+    return IsSony() ? SONY_EnableIrCurve(bIrCurve) : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_OnePushAutoFocus(uint32_t ulTrigType, const uint32_t *pulParam) {
+    if (IsKovaModule()) {
+        return KOVA_OnePushTriggerAF(ulTrigType, pulParam);
+    }
+    // Sony's own blocks only, narrower than the family, deliberately.
+    return IsSonyBlock(WordGet(g_ulCamModType)) ? SONY_OnePushTriggerAF()
+                                                : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_KOVA_GetCurLuma(uint32_t ulChannelID, int32_t *plLuma) {
+    if (IsKovaModule()) {
+        return KOVA_GetCurLuma(ulChannelID, plLuma);
+    }
+    if (plLuma != nullptr) {
+        *plLuma = 0;
+    }
+    LOG_DEBUG("do nothing !\n");
+    return VISCA_SUCCESS;
+}
+
+uint32_t VISCA_KOVA_SetSceneInfo(uint32_t ulSceneType) {
+    return IsKovaModule() ? KOVA_SetSceneMode(ulSceneType) : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_KOVA_SetSigCallback(uint32_t ulSigType, ViscaStatusCallback fCallBack) {
+    return IsKovaModule() ? KOVA_SetStatusCallback(ulSigType, fCallBack) : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_KOVA_GetSoftVer(char *pcVer) {
+    return IsKovaModule() ? KOVA_GetSoftVer(pcVer) : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_KOVA_GetEncBoardVerType(uint32_t *pulVer, uint32_t *pulType) {
+    return IsKovaModule() ? KOVA_GetBoardVerType(BOARD_ENCODER, pulVer, pulType)
+                          : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_KOVA_GetSensorBoardVerType(uint32_t *pulVer, uint32_t *pulType) {
+    return IsKovaModule() ? KOVA_GetBoardVerType(BOARD_SENSOR, pulVer, pulType)
+                          : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_KOVA_GetMotorBoardVerType(uint32_t *pulVer, uint32_t *pulType) {
+    return IsKovaModule() ? KOVA_GetBoardVerType(BOARD_MOTOR, pulVer, pulType)
+                          : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_KOVA_GetTemperature(uint32_t ulChannelID, int32_t *plTemperature) {
+    return IsKovaModule() ? KOVA_GetTemperature(ulChannelID, plTemperature)
+                          : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_KOVA_SetIRcut(int32_t bIsEnable) {
+    return IsKovaModule() ? KOVA_SetIRcut(bIsEnable) : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+// Guarded by the family, unlike its neighbours.
+uint32_t VISCA_KOVA_GetCamVer(char *pcBuf) {
+    return IsSony() ? KOVA_GetCamVersion(pcBuf) : DoNothing(__func__, VISCA_SUCCESS);
+}
+
+uint32_t VISCA_KOVA_GetExtVer(char *pcExtVer) {
+    if (!IsKovaModule()) {
+        LOG_ERROR("not kova, fail exit\n");
+        return VISCA_FAILURE;
+    }
+    return KOVA_GetExtVer(pcExtVer);
+}
+
+uint32_t VISCA_KOVA_HasCamAbility(uint32_t ulMask) {
+    return IsKovaModule() ? KOVA_HasCamAbility(ulMask) : DoNothing(__func__, VISCA_SUCCESS);
 }

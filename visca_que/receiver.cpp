@@ -122,10 +122,6 @@ void RouteError(const ViscaPkt *pstReply) {
     }
 }
 
-void DealReport() {
-    LOG_WARN_AS(DEAL_ONE_ACK, "No handler for module reports, dropped\n");
-}
-
 void DealAfDebugAnswer() {
     LOG_WARN_AS(DEAL_ONE_ACK, "No AF debug channel, byte 0x66 dropped\n");
 }
@@ -133,7 +129,7 @@ void DealAfDebugAnswer() {
 void RouteReply(const ViscaPkt *pstReply) {
     switch (pstReply->aucData[1] >> 4U) {
     case 0x0:
-        DealReport();
+        KovaDealReport(pstReply); // the one call upwards; the host's callbacks run inside it
         break;
     case 0x4: // an acknowledgement; the sender waits for the completion
         break;

@@ -28,8 +28,13 @@ constexpr bool IsKnownSonyBlock(uint32_t ulCamModType) {
            ulCamModType == MODULE_SONY_5;
 }
 
+// The maker's own modules.
 constexpr bool IsKova(uint32_t ulCamModType) {
     return (ulCamModType & 0xFFFFF000U) == 0x02012000U;
+}
+
+constexpr bool IsKovaGen2(uint32_t ulCamModType) {
+    return (ulCamModType & 0xFFFFFF00U) == 0x02012A00U;
 }
 
 } // namespace viscacam

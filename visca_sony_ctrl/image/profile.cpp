@@ -187,6 +187,9 @@ uint32_t SONY_SetExposure(uint32_t ulChannelID, uint32_t ulImageType, const Expo
         LOG_ERROR("ulImageType[%lu] invalid, fail exit\n", UL(ulImageType));
         return VISCA_FAILURE;
     }
+    if (IsKovaGen2(ulCamModType)) {
+        KovaSetDomeTypeToCam();
+    }
     const ExposureParam &rExposure = *pstExposure;
     const bool bApplied = ApplySlowShutter(rExposure) && ApplyMode(rExposure) && ApplyRanges(rExposure) &&
                           ApplyFixedValues(rExposure) && ApplyExpComp(rExposure) && ApplyWdr(rExposure) &&

@@ -1,9 +1,18 @@
-// Focus modes and digital zoom.
+// Focus modes, one-push auto-focus, infrared correction and digital zoom.
 #include "visca_que/command.h"
 #include "visca_que/log.h"
 #include "viscacam.h"
 
 using namespace viscacam;
+
+uint32_t SONY_OnePushTriggerAF(void) {
+    LOG_DEBUG("FUN_ENTRY--param:\n");
+    if (QueueCommand({0x01, 0x04, 0x18, 0x01}) != VISCA_SUCCESS) {
+        LOG_ERROR("ViscaEnQueueCmd() fail exit\n");
+        return VISCA_FAILURE;
+    }
+    return VISCA_SUCCESS;
+}
 
 uint32_t SONY_EnableAF(uint32_t bIsEnable) {
     LOG_DEBUG("FUN_ENTRY--param:bIsEnable[%lu]\n", UL(bIsEnable));
@@ -20,6 +29,28 @@ uint32_t SONY_SetFocusMode(uint32_t ulFocusMode) {
     constexpr uint8_t aucMode[] = {0x03, 0x02, 0x04}; // manual, auto, the camera's third mode
     const uint8_t ucMode = aucMode[ulFocusMode < 2 ? ulFocusMode : 2];
     if (QueueCommand({0x01, 0x04, 0x38, ucMode}) != VISCA_SUCCESS) {
+        LOG_ERROR("ViscaEnQueueCmd fail exit\n");
+        return VISCA_FAILURE;
+    }
+    return VISCA_SUCCESS;
+}
+
+uint32_t SONY_EnableIrCurve(uint32_t bIrCurve) {
+    LOG_DEBUG("FUN_ENTRY--param:bIrCurve[%lu]\n", UL(bIrCurve));
+    if (bIrCurve > 1) {
+        LOG_WARN("bIrCurve[%lu] invalid, fail exit\n", UL(bIrCurve));
+        return VISCA_FAILURE;
+    }
+    if (QueueCommand({0x01, 0x04, 0x11, static_cast<uint8_t>(bIrCurve)}) != VISCA_SUCCESS) {
+        LOG_ERROR("ViscaEnQueueCmd() fail exit\n");
+        return VISCA_FAILURE;
+    }
+    return VISCA_SUCCESS;
+}
+
+uint32_t SONY_SetAFType(uint32_t ulType) {
+    LOG_DEBUG("FUN_ENTRY--param:%lu\n", UL(ulType));
+    if (QueueCommand({0x01, 0x04, 0x57, static_cast<uint8_t>(ulType)}) != VISCA_SUCCESS) {
         LOG_ERROR("ViscaEnQueueCmd fail exit\n");
         return VISCA_FAILURE;
     }

@@ -12,6 +12,7 @@ constexpr uint32_t MSG_SET = 1;
 
 constexpr uint32_t SET_IQ_DEBUG = 2;
 constexpr uint32_t SET_DEFOG = 30;
+constexpr uint32_t GET_FOCUS_VALUE = 34;
 constexpr uint32_t SET_VAR_FN_UNUSED = 31; // takes the same way as defog and does nothing there
 
 // The image-tuning item and value after which luminance and gain are logged.
@@ -19,9 +20,11 @@ constexpr uint32_t IQ_INFO_ITEM = 0x51;
 constexpr uint8_t IQ_INFO_VALUE = 0x1B;
 
 void LogIqInfo(const char *pcCaller) {
+    int32_t lLuma = 0;
     uint32_t ulGain = 0;
+    (void)KOVA_GetCurLuma(0, &lLuma);
     (void)SonyGetCurrentGain(0, &ulGain);
-    LOG_INFO_AS(pcCaller, "*****IQ info luma[%lu], gain[%lu]\n", 0UL,
+    LOG_INFO_AS(pcCaller, "*****IQ info luma[%lu], gain[%lu]\n", UL(static_cast<uint32_t>(lLuma)),
                 UL(ulGain / 2000 + 1)); // back to the gain position
 }
 
@@ -75,6 +78,12 @@ uint32_t SonyProcSetMsg(DrvMsgInfo *pstMsgInfo) {
 uint32_t SonyProcGetMsg(DrvMsgInfo *pstMsgInfo) {
     LOG_DEBUG("FUN_ENTRY--param:ulMsgCmd[%lu] ulMsgChannel[%lu] ulMsgLens[%lu]\n", UL(pstMsgInfo->ulMsgCmd),
               UL(pstMsgInfo->ulMsgChannel), UL(pstMsgInfo->ulMsgLen));
+    if (pstMsgInfo->ulMsgCmd == GET_FOCUS_VALUE &&
+        KOVA_GetImageFocusValue(pstMsgInfo->ulMsgChannel, pstMsgInfo) != VISCA_SUCCESS) {
+        LOG_ERROR("SONY_SetImageVarFn fail, type(%lu).\n",
+                  UL(pstMsgInfo->ulMsgType)); // the wording of the set path, deliberately
+        return VISCA_FAILURE;
+    }
     return VISCA_SUCCESS;
 }
 

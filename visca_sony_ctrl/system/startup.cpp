@@ -1,4 +1,6 @@
 // Start-up of the camera, and the restore after a power cycle.
+#include <time.h>
+
 #include "visca_que/log.h"
 #include "visca_que/shared_word.h"
 #include "visca_sony_ctrl/lens/lens_speed.h"
@@ -43,8 +45,15 @@ uint32_t SonyInitCamEnv(uint32_t ulCamModType) {
     return VISCA_SUCCESS;
 }
 
-uint32_t SonyInitCamMisc(uint32_t) {
+uint32_t SonyInitCamMisc(uint32_t ulCamModType) {
     LOG_DEBUG("FUN_ENTRY--param:\n");
+    if (IsKova(ulCamModType)) {
+        // Capabilities first: orientation and versions depend on them. Each step reports its own failure.
+        (void)KovaDetectCamAbility();
+        (void)KOVA_SetTime(static_cast<uint32_t>(time(nullptr)));
+        (void)KovaReverseCam();
+        (void)KovaDumpVerInfo();
+    }
     return VISCA_SUCCESS;
 }
 
