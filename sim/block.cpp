@@ -59,12 +59,19 @@ std::string kindOf(const Packet &packet) {
 
 Block::Block(World &world, ReplyPath &replies, const Traits &traits)
     : m_world(world), m_replies(replies), m_traits(traits), m_registers(traits),
-      m_lens(world.options.timeScale, m_settings) {
-    for (const auto &rows :
-         {networkRows(), powerRows(), registerRows(), identityRows(), orientationRows(), lensRows()})
+      m_lens(world.options.timeScale, m_settings), m_kova(world.options, traits, world.now) {
+    for (const auto &rows : {networkRows(), powerRows(), registerRows(), identityRows(), orientationRows(),
+                             lensRows(), exposureRows(traits), pictureRows(traits)})
         m_table.add(rows);
-    addOrientationSettings(m_settings);
+    addOrientationSettings(m_settings, traits);
     addLensSettings(m_settings);
+    addExposureSettings(m_settings, traits);
+    addPictureSettings(m_settings, traits);
+    if (isKova(traits)) {
+        for (const auto &rows : {kovaVersionRows(), kovaServiceRows(), lensReportRows()})
+            m_table.add(rows);
+        addKovaSettings(m_settings);
+    }
     m_edge = m_world.now;
 }
 
@@ -86,8 +93,13 @@ void Block::arrive(const Packet &packet) {
         awaitEdge();
 }
 
+bool Block::isAddressedBy(const Packet &packet) const {
+    const uint8_t header = packet.bytes[0];
+    return header == HEADER || header == BROADCAST || (header == KOVA_HEADER && isKova(m_traits));
+}
+
 bool Block::hears(const Packet &packet) const {
-    if (packet.bytes[0] != HEADER && packet.bytes[0] != BROADCAST)
+    if (!isAddressedBy(packet))
         return false;
     if (m_power == Power::off || m_world.faults.active(Fault::mute))
         return false;
@@ -97,7 +109,9 @@ bool Block::hears(const Packet &packet) const {
 }
 
 Clock::duration Block::verticalPeriod() const {
-    return m_world.real(std::chrono::duration<double>(1 / m_world.options.frameRate));
+    const double rate = m_world.options.frameRate;
+    const double shutter = shutterSeconds(m_settings, m_traits, rate);
+    return m_world.real(std::chrono::duration<double>(std::max(1 / rate, shutter)));
 }
 
 void Block::awaitEdge() {
@@ -124,6 +138,7 @@ void Block::processNext() {
     process(packet);
     for (unsigned socket : {1u, 2u}) // a motion that this packet stopped or replaced is over
         settle(socket, m_sockets[socket - 1].serial);
+    watchLens();
 }
 
 void Block::count(const Packet &packet) {
@@ -303,7 +318,10 @@ void Block::reply(const Packet &packet, const Outcome &outcome) {
     if (isInquiry(packet) && faults.strikes(Fault::lateAnswer))
         when += m_world.real(std::chrono::duration<double>(faults.value(Fault::lateAnswer)));
     const int times = isInquiry(packet) && faults.strikes(Fault::dupAnswer) ? 2 : 1;
-    later(when, [this, bytes, kind, times] {
+    // Not later(): an answer that is on its way when the camera is switched on or reset still comes.
+    m_world.scheduler.at(when, [this, outage = m_outages, bytes, kind, times] {
+        if (outage != m_outages)
+            return;
         for (int i = 0; i < times; ++i)
             m_replies.send(bytes, kind);
     });
@@ -327,10 +345,12 @@ void Block::describe(State &state) const {
     for (int i = 0; i < 2; ++i)
         state.socketBusy[i] = m_sockets[i].busy;
     state.settings = m_settings.all();
+    state.pendingSettings = m_settings.pending();
     state.registers = m_registers.effective();
     state.pendingRegisters = m_registers.pending();
     state.seen = m_seen;
     state.ignoredPackets += m_ignored;
+    m_kova.describe(state, m_world.now);
 }
 
 } // namespace sim

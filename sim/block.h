@@ -4,6 +4,8 @@
 #include "sim/cameras.h"
 #include "sim/command_table.h"
 #include "sim/framer.h"
+#include "sim/image.h"
+#include "sim/kova.h"
 #include "sim/lens.h"
 #include "sim/registers.h"
 #include "sim/reply_path.h"
@@ -27,6 +29,8 @@ class Block {
   public:
     Block(World &world, ReplyPath &replies, const Traits &traits);
 
+    /* Whether its header is one that this camera answers to. */
+    bool isAddressedBy(const Packet &packet) const;
     /* A packet whose last byte is on the line now. */
     void arrive(const Packet &packet);
 
@@ -46,12 +50,18 @@ class Block {
     /* Its command ends without completion; the lens stops if it was moving for it. */
     void cancelSocket(unsigned socket);
 
+    /* ---- lens_reports.cpp ---- */
+    /* Ask the host to set the image parameters again; false: not a Kova module. */
+    bool requestConfiguration();
+
     /* ---- for the rows of every subject ---- */
     Clock::time_point now() const { return m_world.now; }
+    Clock::duration real(std::chrono::duration<double> cameraTime) const { return m_world.real(cameraTime); }
     const Traits &traits() const { return m_traits; }
     Settings &settings() { return m_settings; }
     Registers &registers() { return m_registers; }
     Lens &lens() { return m_lens; }
+    Kova &kova() { return m_kova; }
 
     /* ---- for the state ---- */
     void describe(State &state) const;
@@ -62,6 +72,15 @@ class Block {
         bool due = false;         /* nothing but the lens is still waited for */
         unsigned long serial = 0; /* another number for every command */
         Lens::Motion motion;
+    };
+
+    /* An axis whose motion a Kova module reports. */
+    struct Watch {
+        unsigned axis;
+        const char *setting; /* reports wanted */
+        uint8_t report;
+        bool moving = false;
+        unsigned serial = 0; /* of the motion whose end is waited for */
     };
 
     void enqueue(const Packet &packet);
@@ -87,6 +106,9 @@ class Block {
     void later(Clock::time_point when, Scheduler::Action action);
     void boot();
     void forgetAll();
+    void watchLens();
+    void watchAxis(Watch &watch);
+    void report(const Bytes &bytes);
 
     World &m_world;
     ReplyPath &m_replies;
@@ -95,8 +117,11 @@ class Block {
     Settings m_settings;
     Registers m_registers;
     Lens m_lens;
+    Kova m_kova;
+    Watch m_watches[2] = {{ZOOM_AXIS, "zoomReports", 0xAE}, {FOCUS_AXIS, "focusReports", 0xAF}};
     Power m_power = Power::off;
-    unsigned long m_epoch = 0; /* counts losses of memory */
+    unsigned long m_epoch = 0;   /* counts losses of memory */
+    unsigned long m_outages = 0; /* counts losses of supply */
     Socket m_sockets[2];
     unsigned long m_serials = 0;
     std::deque<Packet> m_waiting;
@@ -112,7 +137,7 @@ std::vector<Row> powerRows();
 std::vector<Row> networkRows();
 std::vector<Row> identityRows();
 std::vector<Row> orientationRows();
-void addOrientationSettings(Settings &settings);
+void addOrientationSettings(Settings &settings, const Traits &traits);
 
 } // namespace sim
 

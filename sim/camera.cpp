@@ -228,4 +228,8 @@ void Camera::sendRaw(const Bytes &bytes) {
     m_impl->act([&](Simulation &simulation, Clock::time_point now) { simulation.sendRaw(bytes, now); });
 }
 
+void Camera::requestConfiguration() {
+    m_impl->act([](Simulation &simulation, Clock::time_point now) { simulation.requestConfiguration(now); });
+}
+
 } // namespace sim

@@ -16,6 +16,14 @@ struct Traits {
 
 const Traits &traitsOf(const CameraType &type);
 
+inline bool isKova(const Traits &traits) {
+    return (traits.type.code & 0xFFFFF000u) == 0x02012000u;
+}
+
+inline bool isSecondKova(const Traits &traits) {
+    return (traits.type.code & 0xFFFFFF00u) == 0x02012A00u;
+}
+
 } // namespace sim
 
 #endif

@@ -9,7 +9,7 @@ namespace sim {
 
 namespace {
 
-enum class Value { none, probability, number };
+enum class Value { none, probability, number, word };
 
 constexpr double REQUIRED = -1; // no value of its own: the user must give one
 
@@ -78,6 +78,8 @@ const Row ROWS[] = {
      "in front of a reply comes a packet of this length without terminator"},
     {Fault::stall, "stall", Value::number, 0, DAY, 0, "seconds, 0 for until cleared",
      "the camera stops reading its line"},
+    {Fault::report, "report", Value::word, 0, 0, 0, "random",
+     "reports that nobody asked for, of every low nibble and length, on half of the line's time"},
 };
 
 const Row &rowOf(Fault fault) {
@@ -99,7 +101,15 @@ std::string shown(double value) {
 std::string meaning(const Row &row) {
     if (row.kind == Value::none)
         return "no value";
+    if (row.kind == Value::word)
+        return std::string("the word ") + row.unit;
     return std::string(row.unit) + ", " + shown(row.least) + " to " + shown(row.most);
+}
+
+std::string initialText(const Row &row) {
+    if (row.kind == Value::word)
+        return row.unit;
+    return row.kind != Value::none && row.initial >= 0 ? shown(row.initial) : "";
 }
 
 std::string allNames() {
@@ -142,7 +152,9 @@ double parseValue(const Row &row, const std::optional<std::string> &text) {
         throw std::invalid_argument("fault " + allowed + "; none is given");
     if (!text)
         return row.initial;
-    if (row.kind == Value::none)
+    if (row.kind == Value::word && *text == row.unit)
+        return row.initial;
+    if (row.kind == Value::none || row.kind == Value::word)
         throw std::invalid_argument("fault " + allowed);
     const double value = number(*text, "fault " + allowed + ":", row.least, row.most);
     if (row.fault == Fault::length || row.fault == Fault::powerCut)
@@ -156,8 +168,7 @@ const std::vector<FaultType> &knownFaults() {
     static const std::vector<FaultType> faults = [] {
         std::vector<FaultType> list;
         for (const Row &row : ROWS) {
-            const bool hasInitial = row.kind != Value::none && row.initial >= 0;
-            list.push_back({row.name, meaning(row), hasInitial ? shown(row.initial) : "", row.effect});
+            list.push_back({row.name, meaning(row), initialText(row), row.effect});
         }
         return list;
     }();

@@ -39,6 +39,7 @@ enum class Fault {
     flood,
     length,
     stall,
+    report,
 };
 
 /* A fault as the user wrote it: NAME[=VALUE][#COUNT][@START[..END]]. */

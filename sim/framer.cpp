@@ -4,9 +4,13 @@
 
 namespace sim {
 
+bool Framer::begins(uint8_t byte) const {
+    return (byte >= 0x80 && byte != 0xFF) || (m_header != 0 && byte == m_header);
+}
+
 std::optional<Packet> Framer::push(uint8_t byte, Clock::time_point begin, Clock::time_point end) {
     if (!insidePacket()) {
-        if (byte < 0x80 || byte == 0xFF) {
+        if (!begins(byte)) {
             m_junk.push_back(byte);
             return std::nullopt;
         }

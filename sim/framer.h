@@ -23,6 +23,8 @@ struct Packet {
  * junk. */
 class Framer {
   public:
+    /* header: a byte below 0x80 that begins a packet too; 0: there is none. */
+    explicit Framer(uint8_t header = 0) : m_header(header) {}
     /* begin and end: when this byte was on the line. The packet that it completes, if it does. */
     std::optional<Packet> push(uint8_t byte, Clock::time_point begin, Clock::time_point end);
     /* The junk since the last call. */
@@ -31,6 +33,9 @@ class Framer {
     bool insidePacket() const { return m_packet.length > 0; }
 
   private:
+    bool begins(uint8_t byte) const;
+
+    uint8_t m_header;
     Packet m_packet;
     Bytes m_junk;
 };

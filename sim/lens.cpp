@@ -7,7 +7,6 @@ namespace sim {
 
 namespace {
 
-constexpr unsigned SCENE_FOCUS = 0x4800;
 constexpr unsigned TOP_SPEED = 7;
 constexpr double ZOOM_TRAVEL_SECONDS =
     2.4; // wide to optical tele end at top speed: more than the 2 s that hosts wait

@@ -13,6 +13,7 @@ constexpr unsigned ZOOM_OPTICAL_END = 0x4000;
 constexpr unsigned ZOOM_DIGITAL_END = 0x7AC0;
 constexpr unsigned FOCUS_FAR = 0x1000;
 constexpr unsigned FOCUS_NEAR = 0xF000;
+constexpr unsigned SCENE_FOCUS = 0x4800; // where what the camera looks at is sharp
 
 /* One motor: on its way from a place to another at a constant speed, or at rest. */
 class Axis {

@@ -74,7 +74,7 @@ std::vector<TraceEvent> Line::write(Clock::time_point now, unsigned baud) {
 void Line::put(Bytes bytes, unsigned baud) {
     if (m_pty.hostBaud() != baud) {
         for (uint8_t &byte : bytes)
-            byte = static_cast<uint8_t>(m_garble.next());
+            byte = static_cast<uint8_t>(byte ^ (1 + m_garble.below(0xFF))); // never by chance as it was
     }
     const size_t taken = m_pty.write(bytes.data(), bytes.size());
     if (taken == bytes.size())

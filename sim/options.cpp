@@ -1,5 +1,6 @@
 #include "sim/options.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace sim {
@@ -19,6 +20,36 @@ void require(bool holds, const char *text) {
 
 bool isRange(const Range &range) {
     return range.least.count() >= 0 && range.most >= range.least;
+}
+
+bool isByte(uint8_t byte) {
+    return byte != 0xFF; // it would end the reply
+}
+
+bool areBytes(const std::array<uint8_t, 4> &version) {
+    return std::all_of(version.begin(), version.end(), isByte);
+}
+
+bool isVersion(const std::string &text) {
+    return text.size() <= 99 && std::all_of(text.begin(), text.end(), [](char c) {
+               return (c >= '0' && c <= '9') || c == '-' || (c >= 'A' && c <= '~');
+           });
+}
+
+bool isSoftVersion(const std::string &text) {
+    return text.size() <= 13 &&
+           std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
+}
+
+void check(const KovaOptions &kova) {
+    require(areBytes(kova.uimageVersion) && areBytes(kova.oldProgramVersion),
+            "a Kova version's numbers are below 255");
+    require(isVersion(kova.programVersion) && isVersion(kova.extensionVersion),
+            "a Kova version has at most 99 digits, '-', '_' and characters from 'A' to '~'");
+    require(isSoftVersion(kova.softVersion), "a Kova soft version has at most 13 printable characters");
+    for (const KovaOptions::Board &board : kova.boards)
+        require(isByte(board.version) && isByte(board.type), "a Kova board's numbers are below 255");
+    require(kova.temperature >= -127 && kova.temperature <= 128, "a Kova temperature is -127 to 128 degrees");
 }
 
 } // namespace
@@ -58,6 +89,7 @@ const Options &checked(const Options &options) {
     require(isRange(latency.acknowledge) && isRange(latency.complete) && isRange(latency.refuse) &&
                 isRange(latency.answer),
             "a latency is not negative, and its least value not above its most");
+    check(options.kova);
     return options;
 }
 

@@ -55,6 +55,8 @@ void Block::supplyOff() {
     if (m_power == Power::off)
         return;
     m_world.remark("supply off");
+    ++m_outages;
+    m_waiting.clear();
     forgetAll();
     m_power = Power::off;
 }
@@ -66,6 +68,7 @@ void Block::switchOn() {
 
 void Block::switchToStandby() {
     m_lens.stop(ZOOM_AXIS | FOCUS_AXIS, m_world.now);
+    watchLens();
     if (m_power != Power::standby)
         m_world.remark("standby");
     m_power = Power::standby;
@@ -79,6 +82,8 @@ void Block::reset() {
 void Block::boot() {
     forgetAll();
     m_registers.applyPending();
+    m_settings.applyPending();
+    m_kova.restart();
     m_power = Power::booting;
     m_world.remark("booting");
     later(m_world.now + m_world.real(m_world.options.bootTime), [this] {
@@ -91,10 +96,11 @@ void Block::forgetAll() {
     ++m_epoch;
     for (Socket &socket : m_sockets)
         socket = Socket();
-    m_waiting.clear();
     m_edgeAwaited = false;
     m_settings.restore();
     m_lens.home(m_world.now);
+    for (Watch &watch : m_watches)
+        watch.moving = false;
 }
 
 } // namespace sim

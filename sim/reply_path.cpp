@@ -1,11 +1,16 @@
 #include "sim/reply_path.h"
 
+#include <iterator>
+
 namespace sim {
 
 namespace {
 
 constexpr uint8_t TERMINATOR = 0xFF;
 constexpr uint64_t LONGEST_NOISE = 8;
+constexpr size_t SHORTEST_REPORT = 3;
+constexpr size_t REPORT_LENGTHS = 14; // to 16 bytes
+constexpr uint8_t REPORT_CODES[] = {0xAE, 0xAF, 0xEF};
 
 void append(std::string &text, const std::string &more) {
     text += (text.empty() ? "" : ", ") + more;
@@ -110,13 +115,35 @@ void ReplyPath::release() {
     m_held.clear();
 }
 
-void ReplyPath::flood() {
-    if (!m_world.faults.strikes(Fault::flood))
+void ReplyPath::flood(unsigned long serial) {
+    if (!m_world.faults.isCurrent(Fault::flood, serial) || !m_world.faults.strikes(Fault::flood))
         return;
     static const Bytes acknowledgement = {0x90, 0x41, 0xFF};
     sendRaw(acknowledgement, "flood");
     m_world.scheduler.at(m_world.now + acknowledgement.size() * m_line.byteTime(m_baud()),
-                         [this] { flood(); });
+                         [this, serial] { flood(serial); });
+}
+
+// Nibble and length are counted through, so that none is missed; the rest is random, half of the time with a
+// code that hosts know.
+void ReplyPath::randomReports(unsigned long serial) {
+    Faults &faults = m_world.faults;
+    if (!faults.isCurrent(Fault::report, serial) || !faults.strikes(Fault::report))
+        return;
+    Random &dice = faults.dice(Fault::report);
+    Bytes bytes(SHORTEST_REPORT + m_reports / 16 % REPORT_LENGTHS);
+    for (uint8_t &byte : bytes)
+        byte = static_cast<uint8_t>(dice.below(TERMINATOR));
+    bytes[0] = 0x90;
+    bytes[1] = static_cast<uint8_t>(m_reports % 16);
+    if (bytes.size() > 4 && dice.below(2) == 0)
+        bytes[3] = REPORT_CODES[dice.below(std::size(REPORT_CODES))];
+    bytes.back() = TERMINATOR;
+    ++m_reports;
+    ++m_counts["report"];
+    sendRaw(bytes, "report");
+    m_world.scheduler.at(m_world.now + 2 * bytes.size() * m_line.byteTime(m_baud()),
+                         [this, serial] { randomReports(serial); });
 }
 
 } // namespace sim

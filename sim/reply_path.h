@@ -19,8 +19,10 @@ class ReplyPath {
     void send(Bytes reply, const std::string &kind);
     /* As it is. */
     void sendRaw(const Bytes &bytes, const std::string &text);
-    /* Acknowledgements without end while the flood fault lasts. */
-    void flood();
+    /* Acknowledgements without end while the flood fault of this serial number lasts. */
+    void flood(unsigned long serial);
+    /* Reports of every low nibble and length while the report fault of this serial number lasts. */
+    void randomReports(unsigned long serial);
     /* Forget replies that are held back: the camera has lost its supply. */
     void clear() { m_held.clear(); }
     const std::map<std::string, unsigned long> &counts() const { return m_counts; }
@@ -35,6 +37,7 @@ class ReplyPath {
     World &m_world;
     Line &m_line;
     std::function<unsigned()> m_baud;
+    unsigned m_reports = 0;
     Bytes m_held;
     std::string m_heldText;
     std::map<std::string, unsigned long> m_counts;

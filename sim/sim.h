@@ -26,6 +26,22 @@
  * - In auto focus, focus drives, stop, absolute focus and infinity are not executable; zoom with focus is,
  * and stays there.
  * - An absolute motion that another command stops or replaces completes at that moment.
+ * - The exposure mode decides what the host may set: shutter priority the shutter, iris priority the iris,
+ * manual all three and no exposure compensation, a Kova module's mode 0E the gain; else it is not executable.
+ * Everything else about the picture is accepted in every mode. Automatic exposure does not move the shutter,
+ * gain and iris that are reported.
+ * - A shutter that the host has chosen and that is longer than a vertical period stretches it.
+ *
+ * What a Kova module has beside a block:
+ * - The version inquiries 09 04 B1, B2 and B5 are known under header 0x71 only, everything else under 0x81.
+ * - A version in segments: the first inquiry is answered by the count of segments, each further one by the
+ * next segment. A new series begins behind the last segment, after power-up and reset, and when the camera
+ * was not asked for 8 s.
+ * - Mirror and flip take effect at the next power-on or reset if the capability word has the bit 0x08, else
+ * at once; the sensor offset always at the next power-on or reset.
+ * - Zoom and focus reports, when switched on: 90 07 00 AE 01 FF (focus: AF) when a motion has begun, ..00..
+ * when it is over. A motion that replaces another goes on without a report.
+ * - A one-push focus in a rectangle is cut where one of its values has a byte 0xFF, as every packet is.
  *
  * Threads: every Camera has one thread of its own, asleep in ppoll() unless a byte or a deadline is due; an
  * idle camera wakes up never. All member functions may be called from any thread, and from the trace
@@ -35,11 +51,13 @@
  * the text is one line that a user can act on.
  */
 
+#include <array>
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -55,7 +73,12 @@ struct CameraType {
     uint32_t code;    /* module type, e.g. 0x02000001 */
 };
 
-/* All cameras that can be simulated, in the order in which a user is shown them. */
+/*
+ * All cameras that can be simulated, in the order in which a user is shown them: the blocks sony1, sony3,
+ * sony4, sony5, and the Kova modules by the last four digits of their code, kova-2001 (0x02012001) to
+ * kova-2A02, but kova1 (0x02012000) and kova2 (0x02012A01) for the first of the first generation and the
+ * usual one of the second. findCamera() also knows kova for kova-2001, and kova-2000 and kova-2A01.
+ */
 const std::vector<CameraType> &knownCameras();
 
 /*
@@ -116,12 +139,34 @@ struct TraceEvent {
    long and must not destroy the camera. */
 using Trace = std::function<void(const TraceEvent &)>;
 
+/* What a Kova module says about itself; of no meaning for a block. */
+struct KovaOptions {
+    /* Capability word. 0x04: program version in segments, 0x08: mirror and flip need a power cycle, 0x10:
+       there is an extension version. Not given: 0x1C for the second generation, 0 for the others. */
+    std::optional<uint32_t> ability;
+    std::array<uint8_t, 4> uimageVersion{0, 1, 2, 3};      /* digits, each below 0xFF: 1.23 */
+    std::array<uint8_t, 4> oldProgramVersion{0, 12, 0, 3}; /* single-reply form, each below 0xFF: D012SP03 */
+    /* In segments: up to 99 digits, separators '-' and '_' (told by the extension version of a module only;
+       in a program version hosts take them for a transmission error), and characters from 'A' to '~'. */
+    std::string programVersion = "B02D014SP05";
+    std::string extensionVersion = "R01-B02_C3";
+    std::string softVersion = "V1.0.3"; /* of the encoder: up to 13 characters from ' ' to '~' */
+    struct Board {
+        uint8_t version; /* below 0xFF, as the type */
+        uint8_t type;
+    };
+    std::array<Board, 3> boards{{{1, 1}, {2, 1}, {3, 2}}}; /* encoder, sensor, motor */
+    int temperature = 41;                                  /* degrees, -127 to 128 */
+    bool sceneMoves = true; /* luma and focus value rise and fall in 20 s; false: luma stays at 0x80 */
+};
+
 struct Options {
     std::string camera = "sony1"; /* see findCamera() */
     unsigned baud = 9600;         /* the only rate that the camera hears: 9600, 19200 or 38400 */
     bool paced = true;        /* bytes take 10 bit times each, both ways; false: full speed of the machine */
     bool vertical = true;     /* one packet is processed per vertical period; false: at once */
-    double frameRate = 59.94; /* vertical periods a second, 1 to 1000; 50 for a 25-frame norm */
+    double frameRate = 59.94; /* vertical periods a second, 1 to 1000; 50 for a 25-frame norm. At 50 and less
+                                 the slow shutters are 1/3, 1/6, 1/12, 1/25 s, else 1/4, 1/8, 1/15, 1/30 s */
     Latency latency = Latency::none();
     std::chrono::milliseconds bootTime{3000}; /* after supply, power-on command and reset; 0 to 10 min */
     Power start = Power::booting; /* state when the camera starts; booting announces itself with 90 38 FF */
@@ -134,12 +179,52 @@ struct Options {
                                An existing link is replaced, any other file is an error */
     std::vector<std::string> faults; /* set before the camera starts; see Camera::setFault() */
     Trace trace;                     /* empty: none */
+    KovaOptions kova;
 
     /* No pacing, no vertical clock, no latency, already powered on: for tests whose subject is not time. */
     static Options fast(const std::string &camera = "sony1");
 };
 
 /* ---- What a camera believes ---- */
+
+/*
+ * Names in State::settings. Values are as in the packets: 2 is on and 3 off where nothing else is said, a
+ * shutter or an iris is the position, an offset is signed. All are volatile but those marked (kept), which a
+ * Kova module keeps for ever. (later) takes effect at the next power-on or reset.
+ *
+ * Lens:
+ * - focusMode (2 auto, 3 manual, 4), dzoom, nearLimit, irCorrection (0, 1), afMode (0 to 2)
+ * Orientation:
+ * - mirror, flip (kept on a Kova module; later with the ability 0x08)
+ * Exposure:
+ * - exposureMode (0 automatic, 3 manual, 0x0A shutter, 0x0B iris priority; Kova also 0x0C to 0x0F)
+ * - shutter (0 to 0x15), iris (0 to 0x11), gain (0 to 0x0F; Kova: 0 to 100 percent)
+ * - expComp, expCompLevel (0 to 0x0E, 7 is neutral), slowShutter
+ * - metering (3 average, 2 spot; Kova also 4), spotX, spotY (0 to 15)
+ * Exposure, Kova only:
+ * - shutterValue (N of 1/N s, 1 to 65535; 0: the position counts), slowShutterLimit (N, 1 to 255)
+ * - shutterLow, shutterHigh (N, 1 to 65535), gainLow, gainHigh (percent), each pair rising
+ * Picture:
+ * - wbMode (0 to 8), redGain, blueGain (0 to 255), colourGain (0 to 14; Kova: 0 to 255)
+ * - aperture (0 to 15), noiseReduction (0 to 5), wdr (0, 2, 3; sony5: 0, 6, 3; Kova: 0, 1, 3)
+ * - icr (2 black and white, 3 colour), autoIcr
+ * - defog, defogLevel (sony5: 1 to 3 while on; else 0); sony3 and sony5 only
+ * Picture, Kova only:
+ * - brightness, contrast, noise2d, noise3d, defogMode, defogSense (0 to 255), wdrLevel (0 to 9)
+ * Kova module:
+ * - irCut (4 enabled, 5 disabled; kept), lowDelay (kept), domeType (0 to 4; kept)
+ * - offsetX, offsetY (kept, later), offsetFlag (kept), sceneMode (the module's code)
+ * - afTrigger (last one-push focus: 1, 6 to 9, 0x0A point, 0x0B rectangle; 0 none)
+ * - afValue1 to afValue4 (of the point or rectangle), debugItem, debugValue, zoomReports, focusReports
+ */
+
+/* What a Kova module believes beside its settings; all 0 on a block. */
+struct KovaState {
+    uint32_t ability = 0;
+    uint32_t clock = 0;      /* seconds as last set */
+    unsigned luma = 0;       /* of the scene now */
+    uint32_t focusValue = 0; /* of the picture now */
+};
 
 struct State {
     std::string camera;
@@ -151,9 +236,9 @@ struct State {
     unsigned focus = 0; /* 0x1000 (far) to 0xF000 (near) */
     bool zoomMoving = false;
     bool focusMoving = false;
-    bool socketBusy[2] = {false, false}; /* socket 1, socket 2 */
-    std::map<std::string, int>
-        settings; /* by name, e.g. "focusMode" (2 auto, 3 manual, 4), "dzoom" (2 on, 3 off) */
+    bool socketBusy[2] = {false, false};           /* socket 1, socket 2 */
+    std::map<std::string, int> settings;           /* by the names above, in effect */
+    std::map<std::string, int> pendingSettings;    /* set, effective after the next power-on or reset */
     std::map<unsigned, unsigned> registers;        /* effective values that are not 0 */
     std::map<unsigned, unsigned> pendingRegisters; /* written, effective after the next power-on or reset */
     /*
@@ -162,14 +247,15 @@ struct State {
      * IF_Clear, "long" packets of more than 16 bytes, "other" once there are more kinds than anybody needs.
      */
     std::map<std::string, unsigned long> seen;
-    /* Replies by kind: "ack", "completion", "answer", "power-up", "error 02", "error 41", ... */
+    /* Replies by kind: "ack", "completion", "answer", "power-up", "report", "error 02", "error 41", ... */
     std::map<std::string, unsigned long> sent;
     unsigned long packetsSeen = 0;    /* all packets that arrived, ignored ones too */
     unsigned long ignoredPackets = 0; /* for another address, or while off, booting or mute */
     unsigned long noiseBytes = 0;     /* bytes at a wrong rate, or between packets */
     unsigned long lostBytes = 0;      /* sent but the host did not read for so long that the line overran */
-    unsigned long wakeUps = 0;        /* of the camera's thread: does not rise while nothing happens */
-    std::vector<std::string> faults;  /* as set, those that are over left out */
+    KovaState kova;
+    unsigned long wakeUps = 0;       /* of the camera's thread: does not rise while nothing happens */
+    std::vector<std::string> faults; /* as set, those that are over left out */
 
     /* Count of one kind of packet seen, 0 if none: seenCount("01 04 07"). */
     unsigned long seenCount(const std::string &kind) const;
@@ -240,6 +326,9 @@ class Camera {
     /* A new pty behind the same link, at 9600 bit/s as a fresh adapter. Without a hang-up before, one is made
      * first. */
     void replug();
+    /* Have a Kova module ask the host to set the image parameters again: 90 07 00 EF FF. Nothing is sent
+     * unless it is on. Throws std::invalid_argument on a block. */
+    void requestConfiguration();
     /* Send bytes to the host as they are, paced as a reply is; no fault changes them. */
     void sendRaw(const Bytes &bytes);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <stdexcept>
 #include <utility>
 
 namespace sim {
@@ -11,21 +12,15 @@ namespace {
 constexpr size_t MOST_AT_ONCE = 4096;
 constexpr size_t LONGEST_JUNK = 64; // one trace event
 
-bool isForThisCamera(const Packet &packet) {
-    return packet.bytes[0] == 0x81 || packet.bytes[0] == 0x88;
-}
-
-std::string describe(const Packet &packet) {
-    if (packet.tooLong())
-        return std::to_string(packet.length) + " bytes: longer than a packet can be";
-    return isForThisCamera(packet) ? "" : "for another address";
+uint8_t secondHeader(const std::string &camera) {
+    return isKova(traitsOf(findCamera(camera))) ? KOVA_HEADER : 0;
 }
 
 } // namespace
 
 Simulation::Simulation(const Options &options, Clock::time_point now)
     : m_world(options, now), m_pty(options.link), m_line(m_pty, m_world.options),
-      m_replies(m_world, m_line, [this] { return baud(); }),
+      m_replies(m_world, m_line, [this] { return baud(); }), m_framer(secondHeader(options.camera)),
       m_block(m_world, m_replies, traitsOf(findCamera(options.camera))) {
     for (const std::string &fault : options.faults)
         parseFault(fault); // a wrong one is told before anything is opened
@@ -113,6 +108,12 @@ void Simulation::hearPacket(const Packet &packet) {
     });
 }
 
+std::string Simulation::describe(const Packet &packet) const {
+    if (packet.tooLong())
+        return std::to_string(packet.length) + " bytes: longer than a packet can be";
+    return m_block.isAddressedBy(packet) ? "" : "for another address";
+}
+
 void Simulation::flushJunk(Clock::time_point when) {
     Bytes junk = m_framer.takeJunk();
     if (junk.empty())
@@ -185,6 +186,12 @@ void Simulation::sendRaw(const Bytes &bytes, Clock::time_point now) {
     m_replies.sendRaw(bytes, "raw");
 }
 
+void Simulation::requestConfiguration(Clock::time_point now) {
+    m_world.now = now;
+    if (!m_block.requestConfiguration())
+        throw std::invalid_argument(m_world.options.camera + " sends no reports; a Kova module does");
+}
+
 /* ---- Faults that begin and end ---- */
 
 void Simulation::setFault(const std::string &text, Clock::time_point now) {
@@ -244,7 +251,10 @@ void Simulation::beginFault(const FaultOrder &order) {
         m_block.cutPowerAtCommand(static_cast<unsigned long>(order.value));
         break;
     case Fault::flood:
-        m_replies.flood();
+        m_replies.flood(serial);
+        break;
+    case Fault::report:
+        m_replies.randomReports(serial);
         break;
     default:
         break;

@@ -39,6 +39,7 @@ class Simulation {
     void hangUp(Clock::time_point now);
     void replug(Clock::time_point now);
     void sendRaw(const Bytes &bytes, Clock::time_point now);
+    void requestConfiguration(Clock::time_point now);
 
     State state(Clock::time_point now);
     std::vector<TraceEvent> takeDiary();
@@ -49,6 +50,7 @@ class Simulation {
     void hear(const uint8_t *bytes, size_t count);
     void hearNoise(const uint8_t *bytes, size_t count, unsigned hostBaud);
     void hearPacket(const Packet &packet);
+    std::string describe(const Packet &packet) const;
     void flushJunk(Clock::time_point when);
     void beginFault(const FaultOrder &order);
     void endFault(Fault fault);

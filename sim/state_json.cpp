@@ -31,6 +31,15 @@ Json socketsOf(const State &state) {
     return json;
 }
 
+Json kovaOf(const KovaState &kova) {
+    Json json;
+    json["ability"] = hex(kova.ability, 8);
+    json["clock"] = kova.clock;
+    json["luma"] = kova.luma;
+    json["focusValue"] = kova.focusValue;
+    return json;
+}
+
 const char *focusModeName(int mode) {
     return mode == 2 ? "auto" : mode == 3 ? "manual" : "other";
 }
@@ -66,6 +75,9 @@ std::string toJson(const State &state) {
     json["focusMode"] = focusModeName(state.setting("focusMode"));
     json["dzoom"] = state.setting("dzoom") == 2;
     json["settings"] = state.settings;
+    json["pendingSettings"] = state.pendingSettings;
+    if ((state.type & 0xFFFFF000u) == 0x02012000u)
+        json["kova"] = kovaOf(state.kova);
     json["registers"] = registersOf(state.registers);
     json["pendingRegisters"] = registersOf(state.pendingRegisters);
     json["sockets"] = socketsOf(state);

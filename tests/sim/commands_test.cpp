@@ -1,4 +1,4 @@
-#include "host_end.h"
+#include "desk.h"
 
 #include <gtest/gtest.h>
 
@@ -7,33 +7,6 @@ using sim::Camera;
 using sim::Options;
 using sim::Power;
 using sim::State;
-
-namespace {
-
-constexpr const char *DONE = "90 41 FF 90 51 FF";
-constexpr const char *SYNTAX = "90 60 02 FF";
-constexpr const char *REFUSED = "90 61 41 FF";
-
-// A camera without delays of line and vertical clock; its lens runs at a hundred times its speed.
-Options quick(const std::string &name = "sony1") {
-    Options options = Options::fast(name);
-    options.timeScale = 100;
-    return options;
-}
-
-bool lensRests(const State &state) {
-    return !state.zoomMoving && !state.focusMoving;
-}
-
-struct Desk {
-    explicit Desk(const Options &options = quick()) : camera(options), host(camera) {}
-    bool rests() { return camera.waitFor(lensRests, HostEnd::PATIENCE); }
-
-    Camera camera;
-    HostEnd host;
-};
-
-} // namespace
 
 /* ---- Network ---- */
 

@@ -41,6 +41,8 @@ TEST(FaultText, AWrongValueIsAnsweredWithTheRange) {
 TEST(FaultText, AMissingOrNeedlessValueIsTold) {
     EXPECT_THAT(refusalOf("drop-rx"), HasSubstr("none is given"));
     EXPECT_THAT(refusalOf("busy=3"), HasSubstr("busy takes no value"));
+    EXPECT_THAT(refusalOf("report=often"), HasSubstr("report takes the word random"));
+    EXPECT_THAT(refusalOf("report"), HasSubstr("accepted"));
 }
 
 TEST(FaultText, WrongCountsAndTimesAreTold) {

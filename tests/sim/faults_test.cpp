@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <set>
 #include <unistd.h>
 
 using namespace std::chrono_literals;
@@ -303,6 +304,30 @@ TEST(Faults, StallStopsReadingUntilCleared) {
     desk.camera.clearFault("stall");
     EXPECT_TRUE(desk.until([&](const State &s) { return s.noiseBytes == written; }));
     EXPECT_EQ(desk.host.ask(INQUIRY), ANSWER);
+}
+
+TEST(Faults, ReportSendsEveryNibbleAndLength) {
+    Options options = Options::fast();
+    options.timeScale = 1000;
+    Desk desk("report=random#224", options);
+    std::set<std::pair<unsigned, size_t>> seen;
+    for (int i = 0; i < 224; ++i) {
+        const sim::Bytes report = fromHex(desk.host.packet());
+        ASSERT_GE(report.size(), 3u);
+        EXPECT_EQ(report[0], 0x90);
+        EXPECT_LT(report[1], 0x10);
+        seen.insert({report[1], report.size()});
+    }
+    EXPECT_EQ(seen.size(), 16u * 14u); // lengths 3 to 16
+    EXPECT_EQ(desk.host.ask(INQUIRY), ANSWER);
+}
+
+TEST(Faults, ReportLeavesTheCameraAtWork) {
+    Desk desk("report=random");
+    desk.host.send(INQUIRY);
+    EXPECT_TRUE(desk.until([](const State &s) { return s.sentCount("answer") == 1; }));
+    desk.camera.clearFault("report");
+    EXPECT_GE(desk.camera.state().sentCount("report"), 1u);
 }
 
 /* ---- Times, counts and combinations ---- */

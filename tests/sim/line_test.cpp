@@ -1,5 +1,6 @@
 #include "host_end.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 using namespace std::chrono_literals;
@@ -75,13 +76,44 @@ TEST(Line, HalfAPacketAtTheRightRateDoesNotOutliveNoise) {
     EXPECT_EQ(host.ask(ZOOM_INQUIRY), ZOOM_ANSWER);
 }
 
-TEST(Line, WhatTheCameraSaysUnaskedIsGarbledAtAnotherRate) {
+TEST(Line, NoByteReachesAHostAtAnotherRateAsItWasSent) {
+    const size_t amount = 4096; // by chance some would, were they merely random
+    for (unsigned rate : {9600u, 38400u}) {
+        Options options = Options::fast();
+        options.baud = 19200;
+        Camera camera(options);
+        HostEnd host(camera, rate);
+        camera.sendRaw(sim::Bytes(amount, 0x90));
+        const sim::Bytes heard = fromHex(host.bytes(amount));
+        EXPECT_EQ(heard.size(), amount);
+        EXPECT_EQ(std::count(heard.begin(), heard.end(), 0x90), 0);
+    }
+}
+
+TEST(Line, ThePowerUpReplyIsGarbledAtAnotherRate) {
     Options options = Options::fast();
     options.start = Power::off;
     Camera camera(options);
     HostEnd host(camera, 19200);
     camera.powerApply();
-    EXPECT_NE(host.bytes(3), "90 38 FF");
+    const sim::Bytes heard = fromHex(host.bytes(3));
+    ASSERT_EQ(heard.size(), 3u);
+    EXPECT_NE(heard[0], 0x90);
+    EXPECT_NE(heard[1], 0x38);
+    EXPECT_NE(heard[2], 0xFF);
+}
+
+TEST(Line, AnAnswerIsGarbledFromTheByteOnAtWhichTheHostChangesItsRate) {
+    Options options = paced(9600);
+    options.timeScale = 0.1; // 10 ms a byte
+    Camera camera(options);
+    HostEnd host(camera);
+    host.send(ZOOM_INQUIRY);
+    EXPECT_EQ(host.bytes(1), "90");
+    host.setBaud(38400);
+    const sim::Bytes rest = fromHex(host.bytes(6));
+    ASSERT_EQ(rest.size(), 6u);
+    EXPECT_NE(rest.back(), 0xFF);
 }
 
 TEST(Line, OnePacketIsProcessedPerVerticalPeriod) {
