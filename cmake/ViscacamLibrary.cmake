@@ -12,9 +12,10 @@ set(VISCACAM_SOURCES
     visca_sony_ctrl/image/day_night.cpp
     visca_sony_ctrl/image/defog.cpp
     visca_sony_ctrl/image/exposure.cpp
+    visca_sony_ctrl/image/exposure_profile.cpp
     visca_sony_ctrl/image/exposure_values.cpp
     visca_sony_ctrl/image/picture.cpp
-    visca_sony_ctrl/image/profile.cpp
+    visca_sony_ctrl/image/picture_profile.cpp
     visca_sony_ctrl/image/settings_cache.cpp
     visca_sony_ctrl/image/wdr.cpp
     visca_sony_ctrl/image/white_balance.cpp

@@ -18,8 +18,10 @@
  * value reads as zero.
  *
  * Threads. Every function may be called from any thread after VISCA_Init() has returned, unless its comment
- * says otherwise. None may be called from a signal handler. There is no shut-down: the library's threads live
- * as long as the process, and what was set in the camera stays set when the process ends.
+ * says otherwise. The image calls (exposure, white balance, picture, day/night, defog, and VISCA_SetVin(),
+ * which forgets what they sent) must not run side by side; a report callback that applies a profile counts as
+ * one of them. None may be called from a signal handler. There is no shut-down: the library's threads live as
+ * long as the process, and what was set in the camera stays set when the process ends.
  *
  * Pointers. A pointer marked nonnull must not be NULL and is not tested. Nothing that is passed in is kept
  * after the call.
@@ -65,7 +67,7 @@ typedef struct {
     uint32_t ulFrameRate; /**< frames per second */
 } VideoNormParam;
 
-/** Identity of the camera, 96 bytes. Texts end in a blank and NUL. */
+/** Identity of the camera, 96 bytes; NUL-terminated texts. */
 typedef struct {
     char szVendor[32];
     char szModel[32];
@@ -132,13 +134,13 @@ typedef struct {
 /** A message of the host. aucMsgData is as long as the host makes it; 8 bytes are the least. 32 bytes. */
 typedef struct {
     uint32_t ulMsgType;    /**< 0 get, 1 set */
-    uint32_t ulMsgCmd;     /**< set: 30 defog, 2 image-tuning debug; get: 34 focus value */
+    uint32_t ulMsgCmd;     /**< set: 30 defog, 2 image-tuning debug, 31 nothing; get: 34 focus value */
     uint32_t ulMsgChannel; /**< channel; for the image-tuning debug command the item */
     uint32_t ulReserved0;  /**< passed through */
     uint32_t ulReserved1;  /**< not used */
     uint32_t ulMsgLen;     /**< length of the data in bytes */
     uint8_t aucMsgData[8]; /**< command 30: two 32-bit words, defog mode and sensitivity; command 2: the value
-                              in the first byte */
+                              in the first byte; command 34: receives up to 5 bytes */
 } DrvMsgInfo;
 
 /** Told on the receiver thread that the zoom or the focus began (1) or ceased (0) to move. Replies wait until
@@ -171,10 +173,12 @@ extern VISCACAM_API ImgDetectParam gstImgDetectParam;
 
 /**
  * Bring the camera up: open the port, find the baud rate, start the threads, put the camera into its working
- * state. Call once. Blocks while the camera is searched: about 1 s when it answers at once, up to about a
- * minute when there is none. A port that cannot be opened and a camera that does not answer are logged and
- * are no failure. For a module outside the Sony family only port 0 is opened and probed, whatever the
- * argument, and the result is 0.
+ * state. Call once. Blocks while the camera is searched: about 1 s when it answers at once, up to a minute
+ * and a quarter when there is none. On a Kova module it then asks for capabilities and versions (up to 6 s
+ * for each inquiry that is not answered) and sets the orientation, which may take a power cycle: 4 s, and
+ * without a bound while the module stays off. A port that cannot be opened and a camera that does not answer
+ * are logged and are no failure. For a module outside the Sony family only port 0 is opened and probed,
+ * whatever the argument, and the result is 0.
  * @param ulComPort port number of the host's serial service
  * @return 0; 1 when the threads could not be started
  */
@@ -204,9 +208,13 @@ VISCACAM_API uint32_t VISCA_IsMsgQueueEmpty(void);
 VISCACAM_API uint32_t VISCA_MessageProcess(DrvMsgInfo *pstMsgInfo);
 
 /**
- * Set the video norm. Does nothing to a camera that is in it already; else switches it off or resets it,
- * writes its registers, waits until it is on again and forgets the image settings. Blocks meanwhile: seconds,
- * without a bound while the camera stays off.
+ * Set the video norm. A camera that is in it already is left alone; else it is switched off or reset,
+ * its registers are written, and once it is on again the image settings are forgotten. Blocks meanwhile:
+ * seconds, without a bound while the camera stays off.
+ *
+ * On a Kova module the first successful call of a process also starts the module's image detection, unless
+ * the host is caller 2: it blocks 3 s more, and from then on day/night and white-balance requests are held
+ * back until KOVA_ResumeDetectImgParam().
  * @param pstVideoNorm the norm; which ones there are depends on the module
  * @return 0; 1 for NULL, an unknown module or norm, and when a step failed (the camera then stays as far as
  * it got)
@@ -222,12 +230,14 @@ VISCACAM_API uint32_t VISCA_SetVin(const VideoNormParam *pstVideoNorm);
 VISCACAM_API uint32_t VISCA_GetCamInfo(uint32_t ulChannelID, CameraInfo *pstCameraInfo) VISCACAM_NONNULL(2);
 
 /**
- * Apply an exposure profile: what differs from what was sent before, in a fixed order, stopping at the first
- * command that cannot be queued. Values that the camera does not have are logged and passed over.
+ * Apply an exposure profile: what differs from what was sent before (a spot position, and the dome type of a
+ * second-generation Kova module, always), in a fixed order, stopping at the first command that cannot be
+ * queued. Values that the camera does not have are logged and passed over.
  * @param ulChannelID logged only
  * @param ulImageType 0; others are refused
  * @param pstExposure the profile; kept for VISCA_GetExposureCfg() even when it is refused
- * @return 0, or 1 when something was not queued, or for another image type
+ * @return 0; 1 when something was not queued, for another image type, and for a bIsAutoSlowShutter above 1
+ * where the mode heeds it
  */
 VISCACAM_API uint32_t VISCA_SetExposure(uint32_t ulChannelID, uint32_t ulImageType,
                                         const ExposureParam *pstExposure) VISCACAM_NONNULL(3);
@@ -250,7 +260,8 @@ VISCACAM_API uint32_t VISCA_GetExposureCfg(ExposureParam *pstExposure) VISCACAM_
  * Apply white balance.
  * @param ulChannelID not used
  * @param ulImageType 0; others are refused
- * @param pstWb       the mode, and the offsets of the manual mode
+ * @param pstWb       the mode, and the offsets of the manual mode. Held back while the Kova module's image
+ * detection runs, see VISCA_SetVin()
  * @return 0, or 1 when something was not queued, or for another image type
  */
 VISCACAM_API uint32_t VISCA_SetWhiteBalance(uint32_t ulChannelID, uint32_t ulImageType,
@@ -294,7 +305,7 @@ VISCACAM_API uint32_t VISCA_GetImageVarFn(uint32_t ulChannelID, uint32_t ulVarFn
  * Switch between day and night.
  * @param ulChannelID      logged only
  * @param ulBlackWhiteMode 0 the camera decides, 1 colour, 2 black-and-white; others are logged and change
- * nothing
+ * nothing. Held back while the Kova module's image detection runs, see VISCA_SetVin()
  * @return 0, or 1 when something was not queued
  */
 VISCACAM_API uint32_t VISCA_SetBlackWhiteMode(uint32_t ulChannelID, uint32_t ulBlackWhiteMode);
@@ -593,7 +604,8 @@ VISCACAM_API uint32_t SONY_Init(uint32_t ulComPort);
 /** Run the three start-up steps below, whatever their results. @param ulCamModType module type code @return 0
  */
 VISCACAM_API uint32_t SonyInitCamEnv(uint32_t ulCamModType);
-/** Start-up of the module's services. Nothing for Sony blocks. @param ulCamModType module type code @return 0
+/** Start-up of the module's services. Nothing for Sony blocks; for a Kova module see VISCA_Init() for how
+ * long it blocks. @param ulCamModType module type code @return 0
  */
 VISCACAM_API uint32_t SonyInitCamMisc(uint32_t ulCamModType);
 /** Forget what was sent of image settings, so that the next profile goes out whole. @param ulCamModType not

@@ -192,12 +192,12 @@ uint32_t VISCA_EnableIrCurve(uint32_t bIrCurve) {
 }
 
 uint32_t VISCA_OnePushAutoFocus(uint32_t ulTrigType, const uint32_t *pulParam) {
-    if (IsKovaModule()) {
+    const uint32_t ulCamModType = WordGet(g_ulCamModType);
+    if (IsKova(ulCamModType)) {
         return KOVA_OnePushTriggerAF(ulTrigType, pulParam);
     }
     // Sony's own blocks only, narrower than the family, deliberately.
-    return IsSonyBlock(WordGet(g_ulCamModType)) ? SONY_OnePushTriggerAF()
-                                                : DoNothing(__func__, VISCA_SUCCESS);
+    return IsSonyBlock(ulCamModType) ? SONY_OnePushTriggerAF() : DoNothing(__func__, VISCA_SUCCESS);
 }
 
 uint32_t VISCA_KOVA_GetCurLuma(uint32_t ulChannelID, int32_t *plLuma) {

@@ -22,6 +22,13 @@ struct LogStamp {
     unsigned long ulMicroseconds;
 };
 
+// Where a line is logged.
+struct LogPlace {
+    const char *pcFile;
+    const char *pcFunction;
+    int iLine;
+};
+
 // The local time now.
 void LogTakeStamp(LogStamp *pstStamp);
 
@@ -48,14 +55,23 @@ constexpr long SL(int32_t lValue) {
 
 #define LOG_PREFIX "%.4d-%.2d-%.2d %.2d:%.2d:%.2d %.6lu %-20s@fun:%-30sline:%-6d--[%.5s]"
 
-#define LOG_LINE(print, level, tag, function, message, ...)                                                  \
+#define LOG_LINE_AT(print, level, tag, file, function, line, message, ...)                                   \
     do {                                                                                                     \
         viscacam::LogStamp stStamp_;                                                                         \
         viscacam::LogTakeStamp(&stStamp_);                                                                   \
         print(level, LOG_PREFIX message, stStamp_.iYear, stStamp_.iMonth, stStamp_.iDay, stStamp_.iHour,     \
-              stStamp_.iMinute, stStamp_.iSecond, stStamp_.ulMicroseconds, __FILE_NAME__, function,          \
-              __LINE__, tag, ##__VA_ARGS__);                                                                 \
+              stStamp_.iMinute, stStamp_.iSecond, stStamp_.ulMicroseconds, file, function, line, tag,        \
+              ##__VA_ARGS__);                                                                                \
     } while (0)
+
+#define LOG_LINE(print, level, tag, function, message, ...)                                                  \
+    LOG_LINE_AT(print, level, tag, __FILE_NAME__, function, __LINE__, message, ##__VA_ARGS__)
+
+// For a helper in a file of its own: the line is logged where LOG_HERE was written.
+#define LOG_HERE (viscacam::LogPlace{__FILE_NAME__, __func__, __LINE__})
+#define LOG_ERROR_AT(place, message, ...)                                                                    \
+    LOG_LINE_AT(DRV_Common_Print, VISCA_LOG_ERROR, "ERROR", (place).pcFile, (place).pcFunction,              \
+                (place).iLine, message, ##__VA_ARGS__)
 
 #define LOG_ERROR_AS(function, message, ...)                                                                 \
     LOG_LINE(DRV_Common_Print, VISCA_LOG_ERROR, "ERROR", function, message, ##__VA_ARGS__)

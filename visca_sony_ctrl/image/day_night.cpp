@@ -1,16 +1,13 @@
 // Day and night: the infrared-cut filter and the picture without colour.
 #include "visca_que/shared_word.h"
-#include "visca_sony_ctrl/image/setting.h"
+#include "visca_sony_ctrl/image/modes.h"
 #include "visca_sony_ctrl/image/settings_cache.h"
+#include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
 using namespace viscacam;
 
 namespace {
-
-constexpr uint32_t MODE_AUTO = 0;
-constexpr uint32_t MODE_COLOUR = 1;
-constexpr uint32_t MODE_BLACK_WHITE = 2;
 
 bool SendAutoIcr(bool bOn) {
     const uint8_t ucSwitch = bOn ? 0x02 : 0x03;
@@ -36,17 +33,17 @@ uint32_t SonySetBlackWhiteMode(uint32_t ulChannelID, uint32_t ulBlackWhiteMode) 
         WordSet(g_stImageCache.bBlackWhiteChanged, 0);
         return VISCA_SUCCESS;
     }
-    if (ulBlackWhiteMode > MODE_BLACK_WHITE) {
+    if (ulBlackWhiteMode > DAY_NIGHT_BLACK_WHITE) {
         LOG_ERROR("ulBlackWhiteMode[%lu] invalid, fail exit\n", UL(ulBlackWhiteMode));
         return VISCA_SUCCESS;
     }
-    const bool bAuto = ulBlackWhiteMode == MODE_AUTO;
+    const bool bAuto = ulBlackWhiteMode == DAY_NIGHT_AUTO;
     // The camera's own decision goes off first, or it would undo ours.
     if (!bAuto && !SendAutoIcr(false)) {
         LOG_ERROR("Switch to Auto ICR OFF fail exit\n");
         return VISCA_FAILURE;
     }
-    if (!(bAuto ? SendAutoIcr(true) : SendIcr(ulBlackWhiteMode != MODE_COLOUR))) {
+    if (!(bAuto ? SendAutoIcr(true) : SendIcr(ulBlackWhiteMode != DAY_NIGHT_COLOUR))) {
         LOG_ERROR("ViscaEnQueueCmd() fail exit\n");
         return VISCA_FAILURE;
     }

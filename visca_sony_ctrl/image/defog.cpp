@@ -1,6 +1,6 @@
-// Defog. Never cached: the camera gives no way to know what it made of the last request.
-#include "visca_sony_ctrl/image/setting.h"
+// Defog. Never cached: every request is sent, deliberately.
 #include "visca_sony_ctrl/module_type.h"
+#include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
 using namespace viscacam;
@@ -14,9 +14,9 @@ constexpr uint8_t DefogLevel(uint8_t ucMode) {
 }
 static_assert(DefogLevel(1) == 1 && DefogLevel(4) == 2 && DefogLevel(255) == 3);
 
-bool SendSonyDefog(bool bOn, uint8_t ucLevel, const char *pcCaller) {
+uint32_t SendSonyDefog(bool bOn, uint8_t ucLevel, const LogPlace &rCaller) {
     const uint8_t ucSwitch = bOn ? 0x02 : 0x03;
-    return SendSetting({0x01, 0x04, 0x37, ucSwitch, ucLevel}, pcCaller);
+    return SendSetting({0x01, 0x04, 0x37, ucSwitch, ucLevel}, rCaller);
 }
 
 } // namespace
@@ -25,18 +25,17 @@ uint32_t SonySetDefogMode(uint32_t ulChannelID, uint32_t ulMode) {
     LOG_DEBUG("FUN_ENTRY--param:ulChannelID[%lu] ulMode[%lu]\n", UL(ulChannelID), UL(ulMode));
     const uint32_t ulCamModType = COMDRV_GetCamModuleType();
     const uint8_t ucMode = static_cast<uint8_t>(ulMode);
-    bool bSent = false;
     if (IsKova(ulCamModType)) {
-        bSent = SendSetting({0x01, 0x04, 0xC8, ucMode}, __func__);
-    } else if (ulCamModType == MODULE_SONY_3) {
-        bSent = SendSonyDefog(ucMode != 0, 0x00, __func__);
-    } else if (ulCamModType == MODULE_SONY_5) {
-        bSent = SendSonyDefog(ucMode != 0, ucMode == 0 ? 0x00 : DefogLevel(ucMode), __func__);
-    } else {
-        LOG_WARN("not support defog, do nothing!\n");
-        return VISCA_SUCCESS;
+        return SendSetting({0x01, 0x04, 0xC8, ucMode}, LOG_HERE);
     }
-    return bSent ? VISCA_SUCCESS : VISCA_FAILURE;
+    if (ulCamModType == MODULE_SONY_3) {
+        return SendSonyDefog(ucMode != 0, 0x00, LOG_HERE);
+    }
+    if (ulCamModType == MODULE_SONY_5) {
+        return SendSonyDefog(ucMode != 0, ucMode == 0 ? 0x00 : DefogLevel(ucMode), LOG_HERE);
+    }
+    LOG_WARN("not support defog, do nothing!\n");
+    return VISCA_SUCCESS;
 }
 
 uint32_t SonySetDefogSense(uint32_t ulChannelID, uint32_t ulSense) {
@@ -44,6 +43,5 @@ uint32_t SonySetDefogSense(uint32_t ulChannelID, uint32_t ulSense) {
     if (!IsKova(COMDRV_GetCamModuleType())) {
         return VISCA_SUCCESS;
     }
-    return SendSetting({0x01, 0x04, 0xC9, static_cast<uint8_t>(ulSense)}, __func__) ? VISCA_SUCCESS
-                                                                                    : VISCA_FAILURE;
+    return SendSetting({0x01, 0x04, 0xC9, static_cast<uint8_t>(ulSense)}, LOG_HERE);
 }

@@ -1,9 +1,9 @@
 // Exposure mode, compensation and metering.
 #include "visca_que/shared_word.h"
 #include "visca_sony_ctrl/image/exposure_tables.h"
-#include "visca_sony_ctrl/image/setting.h"
 #include "visca_sony_ctrl/image/settings_cache.h"
 #include "visca_sony_ctrl/module_type.h"
+#include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
 using namespace viscacam;
@@ -43,7 +43,7 @@ uint32_t SonySetExposureMode(uint32_t ulChannelID, uint32_t ulExposureMode) {
         return VISCA_SUCCESS; // deliberately: a profile with a mode that the block lacks still applies the
                               // rest
     }
-    if (!SendSetting({0x01, 0x04, 0x39, ucMode}, __func__)) {
+    if (SendSetting({0x01, 0x04, 0x39, ucMode}, LOG_HERE) != VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.bExposureModeChanged, 1);
@@ -58,7 +58,8 @@ uint32_t SonySetExpComp(uint32_t ulChannelID, int32_t lExpCompValue) {
     }
     (void)QueueCommand({0x01, 0x04, 0x3E, 0x02}); // compensation on; the value alone decides, deliberately
     const uint32_t ulCode = ExpCompCode(lExpCompValue);
-    if (!SendSetting({0x01, 0x04, 0x4E, 0x00, 0x00, Nibble(ulCode, 1), Nibble(ulCode, 0)}, __func__)) {
+    if (SendSetting({0x01, 0x04, 0x4E, 0x00, 0x00, Nibble(ulCode, 1), Nibble(ulCode, 0)}, LOG_HERE) !=
+        VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.lExpCompValue, lExpCompValue);
@@ -77,10 +78,10 @@ uint32_t SonySetAEMetering(uint32_t ulChannelID, uint32_t ulMeteringMode) {
         return VISCA_SUCCESS;
     }
     if (!bKova && !FindCode(METERINGS_SONY, ulMeteringMode, &ucMode)) {
-        LOG_ERROR("Do not support mode(%lu)\n", UL(ulMeteringMode)); // the small m tells the families apart
+        LOG_ERROR("Do not support mode(%lu)\n", UL(ulMeteringMode)); // a small m here, deliberately
         return VISCA_SUCCESS;
     }
-    if (!SendSetting({0x01, 0x04, 0x59, ucMode}, __func__)) {
+    if (SendSetting({0x01, 0x04, 0x59, ucMode}, LOG_HERE) != VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.ulMeteringMode, ulMeteringMode);
@@ -92,5 +93,5 @@ uint32_t SonySetSpotAEPos(uint32_t ulChannelID, const uint32_t *pulPos) {
               static_cast<const void *>(pulPos));
     const uint8_t ucX = SpotCode(pulPos[0], pulPos[2]); // TopX, BotX
     const uint8_t ucY = SpotCode(pulPos[1], pulPos[3]); // TopY, BotY
-    return SendSetting({0x01, 0x04, 0x29, 0x00, ucX, 0x00, ucY}, __func__) ? VISCA_SUCCESS : VISCA_FAILURE;
+    return SendSetting({0x01, 0x04, 0x29, 0x00, ucX, 0x00, ucY}, LOG_HERE);
 }

@@ -2,7 +2,7 @@
 #ifndef VISCACAM_VISCA_SONY_CTRL_IMAGE_EXPOSURE_TABLES_H
 #define VISCACAM_VISCA_SONY_CTRL_IMAGE_EXPOSURE_TABLES_H
 
-#include "visca_sony_ctrl/image/setting.h"
+#include "visca_sony_ctrl/setting.h"
 
 namespace viscacam {
 
@@ -26,7 +26,7 @@ constexpr CodeRow EXPOSURE_MODES_SONY[] = {
     {7, 0x03},
 };
 
-// Shutter position of Sony blocks, command 01 04 4A 00 00 0p 0q: N of 1/N s, NTSC and PAL series side by side.
+// Shutter position of Sony blocks, command 01 04 4A 00 00 0p 0q: N of 1/N s, NTSC and PAL side by side.
 constexpr CodeRow SHUTTERS_SONY[] = {
     {1, 0x00},
     {2, 0x01},
@@ -52,7 +52,8 @@ constexpr CodeRow SHUTTERS_SONY[] = {
     {8000, 0x15}, {10000, 0x15},
 };
 
-// Iris position, command 01 04 4B 00 00 0p 0q: F-number times 100. The lens of 0x02000004 has one stop less (no 1.9) and opens further.
+// Iris position, command 01 04 4B 00 00 0p 0q: F-number times 100. The lens of 0x02000004 has one stop less
+// (F19) and knows two more wide openings.
 constexpr uint32_t IRIS_CLOSED = 99999;
 constexpr CodeRow IRISES_SONY_4[] = {
     {IRIS_CLOSED, 0x00},

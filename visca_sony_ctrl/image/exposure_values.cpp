@@ -1,9 +1,9 @@
 // Shutter, gain and iris, and the ranges of the automatic modes.
 #include "visca_que/shared_word.h"
 #include "visca_sony_ctrl/image/exposure_tables.h"
-#include "visca_sony_ctrl/image/setting.h"
 #include "visca_sony_ctrl/image/settings_cache.h"
 #include "visca_sony_ctrl/module_type.h"
+#include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
 using namespace viscacam;
@@ -32,20 +32,20 @@ uint32_t SonyImgSetShutter(uint32_t ulChannelID, uint32_t ulShutter) {
     if (IsUnchanged(g_stImageCache.ulShutter, ulShutter)) {
         return VISCA_SUCCESS;
     }
-    bool bSent = false;
+    uint32_t ulRet = VISCA_FAILURE;
     if (bKova) {
-        bSent = SendSetting({0x01, 0x04, 0xCB, Nibble(ulShutter, 3), Nibble(ulShutter, 2),
+        ulRet = SendSetting({0x01, 0x04, 0xCB, Nibble(ulShutter, 3), Nibble(ulShutter, 2),
                              Nibble(ulShutter, 1), Nibble(ulShutter, 0)},
-                            __func__);
+                            LOG_HERE);
     } else {
         uint8_t ucCode = 0;
         if (!FindCode(SHUTTERS_SONY, ulShutter, &ucCode)) {
             LOG_ERROR("shutter[%lu] not supported, fail exit\n", UL(ulShutter));
             return VISCA_SUCCESS;
         }
-        bSent = SendSetting({0x01, 0x04, 0x4A, 0x00, 0x00, Nibble(ucCode, 1), Nibble(ucCode, 0)}, __func__);
+        ulRet = SendSetting({0x01, 0x04, 0x4A, 0x00, 0x00, Nibble(ucCode, 1), Nibble(ucCode, 0)}, LOG_HERE);
     }
-    if (!bSent) {
+    if (ulRet != VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.ulShutter, ulShutter);
@@ -70,7 +70,8 @@ uint32_t SonyImgSetGain(uint32_t ulChannelID, uint32_t ulGain) {
         }
         ulCode = GainCodeSony(ulGain);
     }
-    if (!SendSetting({0x01, 0x04, 0x4C, 0x00, 0x00, Nibble(ulCode, 1), Nibble(ulCode, 0)}, __func__)) {
+    if (SendSetting({0x01, 0x04, 0x4C, 0x00, 0x00, Nibble(ulCode, 1), Nibble(ulCode, 0)}, LOG_HERE) !=
+        VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.ulGain, ulGain); // as it was asked for, not as it was limited
@@ -110,10 +111,9 @@ uint32_t SonyImgSetShutterScope(uint32_t ulChannelID, uint32_t ulSlowShutter, ui
         IsUnchanged(g_stImageCache.ulFastShutter, ulHigh)) {
         return VISCA_SUCCESS;
     }
-    if (!SendSetting({0x01, 0x04, 0xA3, Nibble(ulLow, 3), Nibble(ulLow, 2), Nibble(ulLow, 1),
-                      Nibble(ulLow, 0), Nibble(ulHigh, 3), Nibble(ulHigh, 2), Nibble(ulHigh, 1),
-                      Nibble(ulHigh, 0)},
-                     __func__)) {
+    if (SendSetting({0x01, 0x04, 0xA3, Nibble(ulLow, 3), Nibble(ulLow, 2), Nibble(ulLow, 1), Nibble(ulLow, 0),
+                     Nibble(ulHigh, 3), Nibble(ulHigh, 2), Nibble(ulHigh, 1), Nibble(ulHigh, 0)},
+                    LOG_HERE) != VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.ulSlowShutter, ulLow);
@@ -131,9 +131,9 @@ uint32_t SonyImgSetGainScope(uint32_t ulChannelID, uint32_t ulMinGain, uint32_t 
         IsUnchanged(g_stImageCache.ulMaxGain, ulMaxGain)) {
         return VISCA_SUCCESS;
     }
-    if (!SendSetting({0x01, 0x04, 0x2C, Nibble(ulMinGain, 1), Nibble(ulMinGain, 0), Nibble(ulMaxGain, 1),
-                      Nibble(ulMaxGain, 0)},
-                     __func__)) {
+    if (SendSetting({0x01, 0x04, 0x2C, Nibble(ulMinGain, 1), Nibble(ulMinGain, 0), Nibble(ulMaxGain, 1),
+                     Nibble(ulMaxGain, 0)},
+                    LOG_HERE) != VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.ulMinGain, ulMinGain);
@@ -153,7 +153,7 @@ uint32_t SonyImgSetAutoSlowShutter(uint32_t ulChannelID, uint32_t bIsAutoSlowShu
         return VISCA_FAILURE; // a failure here, unlike the values that are out of a table
     }
     const uint8_t ucSwitch = bIsAutoSlowShutter == 1 ? 0x02 : 0x03;
-    if (!SendSetting({0x01, 0x04, 0x5A, ucSwitch}, __func__)) {
+    if (SendSetting({0x01, 0x04, 0x5A, ucSwitch}, LOG_HERE) != VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.bAutoSlowShutterChanged, 1);
@@ -171,15 +171,15 @@ uint32_t SonyImgSetAutoSlowShutterLimit(uint32_t ulChannelID, uint32_t ulMaxSlow
         WordGet(g_stImageCache.bAutoSlowShutterChanged) == 0) {
         return VISCA_SUCCESS;
     }
-    if (!SendSetting({0x01, 0x04, 0xCA, 0x00, 0x00, Nibble(ulMaxSlowShutter, 1), Nibble(ulMaxSlowShutter, 0)},
-                     __func__)) {
+    if (SendSetting({0x01, 0x04, 0xCA, 0x00, 0x00, Nibble(ulMaxSlowShutter, 1), Nibble(ulMaxSlowShutter, 0)},
+                    LOG_HERE) != VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.ulMaxSlowShutter, ulMaxSlowShutter);
     return VISCA_SUCCESS;
 }
 
-// Not logged on entry: hosts poll it.
+// No entry line, deliberately.
 uint32_t SonyGetCurrentGain(uint32_t, uint32_t *pulGain) {
     ViscaPkt stReply;
     if (Inquire({0x09, 0x04, 0x4C}, &stReply) != VISCA_SUCCESS) {

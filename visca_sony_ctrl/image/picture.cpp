@@ -1,8 +1,8 @@
 // Brightness, contrast, saturation, sharpness and noise reduction.
 #include "visca_que/shared_word.h"
-#include "visca_sony_ctrl/image/setting.h"
 #include "visca_sony_ctrl/image/settings_cache.h"
 #include "visca_sony_ctrl/module_type.h"
+#include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
 using namespace viscacam;
@@ -41,8 +41,8 @@ bool IsKovaNow() {
 }
 
 // 01 04 cc 00 00 0p 0q, the form of most picture controls.
-bool SendControl(uint8_t ucControl, uint32_t ulCode, const char *pcCaller) {
-    return SendSetting({0x01, 0x04, ucControl, 0x00, 0x00, Nibble(ulCode, 1), Nibble(ulCode, 0)}, pcCaller);
+uint32_t SendControl(uint8_t ucControl, uint32_t ulCode, const LogPlace &rCaller) {
+    return SendSetting({0x01, 0x04, ucControl, 0x00, 0x00, Nibble(ulCode, 1), Nibble(ulCode, 0)}, rCaller);
 }
 
 } // namespace
@@ -55,7 +55,7 @@ uint32_t SonySetVideoBrightness(uint32_t ulChannelID, uint32_t ulBrightness) {
     if (ulBrightness > PICTURE_MAX) {
         LOG_WARN("---ulBrightness[%lu] out of 0 ~ 255!---\n", UL(ulBrightness));
     }
-    if (!SendControl(0xA1, Limited(ulBrightness), __func__)) {
+    if (SendControl(0xA1, Limited(ulBrightness), LOG_HERE) != VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.ulBrightness, ulBrightness);
@@ -73,7 +73,7 @@ uint32_t SonySetVideoContrast(uint32_t ulChannelID, uint32_t ulContrast) {
     if (ulContrast > PICTURE_MAX) {
         LOG_WARN("---ulContrast[%lu] out of 0 ~ 255!---\n", UL(ulContrast));
     }
-    if (!SendControl(0xA2, Limited(ulContrast), __func__)) {
+    if (SendControl(0xA2, Limited(ulContrast), LOG_HERE) != VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.ulContrast, ulContrast);
@@ -94,7 +94,7 @@ uint32_t SonySetVideoSaturation(uint32_t ulChannelID, uint32_t ulSaturation) {
             LOG_WARN("---ulSaturation[%lu] out of 0 ~ 255!---\n", UL(ulSaturation));
         }
     }
-    if (!SendControl(0x49, ulCode, __func__)) {
+    if (SendControl(0x49, ulCode, LOG_HERE) != VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.ulSaturation, ulSaturation);
@@ -109,7 +109,7 @@ uint32_t SonySetVideoSharpness(uint32_t ulChannelID, uint32_t ulSharpness) {
     if (ulSharpness > PICTURE_MAX) {
         LOG_WARN("---ulSharpness[%lu] out of 0 ~ 255!---\n", UL(ulSharpness)); // and send what comes out
     }
-    if (!SendControl(0x42, ApertureCode(ulSharpness), __func__)) {
+    if (SendControl(0x42, ApertureCode(ulSharpness), LOG_HERE) != VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.ulSharpness, ulSharpness);
@@ -124,7 +124,7 @@ uint32_t SonySetDenoise2D(uint32_t ulChannelID, uint32_t ulDenoise2D) {
     if (ulDenoise2D > PICTURE_MAX) {
         LOG_WARN("---ulDenoise2D[%lu] out of 0 ~ 255!---\n", UL(ulDenoise2D));
     }
-    if (!SendControl(0x54, Limited(ulDenoise2D), __func__)) {
+    if (SendControl(0x54, Limited(ulDenoise2D), LOG_HERE) != VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.ulDenoise2D, ulDenoise2D);
@@ -141,9 +141,10 @@ uint32_t SonySetDenoise3D(uint32_t ulChannelID, uint32_t ulDenoise3D) {
     if (ulDenoise3D == WordGet(g_stImageCache.ulDenoise3D)) {
         return VISCA_SUCCESS;
     }
-    const bool bSent = bKova ? SendControl(0x55, ulDenoise3D, __func__)
-                             : SendSetting({0x01, 0x04, 0x53, NoiseReductionLevel(ulDenoise3D)}, __func__);
-    if (!bSent) {
+    const uint32_t ulRet = bKova
+                               ? SendControl(0x55, ulDenoise3D, LOG_HERE)
+                               : SendSetting({0x01, 0x04, 0x53, NoiseReductionLevel(ulDenoise3D)}, LOG_HERE);
+    if (ulRet != VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.ulDenoise3D, ulDenoise3D);

@@ -1,8 +1,8 @@
 // Wide dynamic range.
 #include "visca_que/shared_word.h"
-#include "visca_sony_ctrl/image/setting.h"
 #include "visca_sony_ctrl/image/settings_cache.h"
 #include "visca_sony_ctrl/module_type.h"
+#include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
 using namespace viscacam;

@@ -1,7 +1,7 @@
 // White-balance mode and manual offsets.
 #include "visca_que/shared_word.h"
-#include "visca_sony_ctrl/image/setting.h"
 #include "visca_sony_ctrl/image/settings_cache.h"
+#include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
 using namespace viscacam;
@@ -46,7 +46,7 @@ uint32_t SonySetVideoWBMode(uint32_t ulChannelID, int32_t enAWBMode) {
         LOG_ERROR("unsupport AWBMode[%d], fail exit\n", enAWBMode);
         return VISCA_FAILURE;
     }
-    if (!SendSetting({0x01, 0x04, 0x35, ucMode}, __func__)) {
+    if (SendSetting({0x01, 0x04, 0x35, ucMode}, LOG_HERE) != VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.enAWBMode, enAWBMode);
@@ -71,7 +71,8 @@ uint32_t SonySetManualWB(uint32_t ulChannelID, int16_t sROffset, int16_t sBOffse
         LOG_ERROR("DRV_SetManualWB Rgain fail exit\n");
         return VISCA_FAILURE;
     }
-    if (!SendSetting({0x01, 0x04, 0x44, 0x00, 0x00, Nibble(usBlue, 1), Nibble(usBlue, 0)}, __func__)) {
+    if (SendSetting({0x01, 0x04, 0x44, 0x00, 0x00, Nibble(usBlue, 1), Nibble(usBlue, 0)}, LOG_HERE) !=
+        VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(g_stImageCache.sROffset, sROffset);

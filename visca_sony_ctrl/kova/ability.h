@@ -14,7 +14,7 @@ constexpr uint32_t ABILITY_REVERSE_BY_POWER = 0x08;  // a new orientation takes 
 constexpr uint32_t ABILITY_EXT_VERSION = 0x10;       // the extension version can be asked for
 
 inline bool HasAbility(uint32_t ulBit) {
-    return (KovaGetCamAbility() & ulBit) != 0;
+    return KOVA_HasCamAbility(ulBit) == 1;
 }
 
 } // namespace viscacam

@@ -3,8 +3,8 @@
 
 #include "visca_que/command.h"
 #include "visca_que/log.h"
-#include "visca_sony_ctrl/image/setting.h"
 #include "visca_sony_ctrl/module_type.h"
+#include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
 using namespace viscacam;
@@ -53,7 +53,7 @@ uint32_t KOVA_SetSceneMode(uint32_t ulSceneType) {
         LOG_ERROR("unsupport ulSceneType[%lu], fail exit\n", UL(ulSceneType));
         return VISCA_FAILURE;
     }
-    return SendSetting({0x01, 0x04, 0xCD, ucCode}, __func__) ? VISCA_SUCCESS : VISCA_FAILURE;
+    return SendSetting({0x01, 0x04, 0xCD, ucCode}, LOG_HERE);
 }
 
 uint32_t KovaGetImageFocusValue(uint32_t ulChannelID, int32_t *plFocusValue) {
@@ -76,7 +76,7 @@ uint32_t KovaGetImageFocusValue(uint32_t ulChannelID, int32_t *plFocusValue) {
     return VISCA_SUCCESS;
 }
 
-// The value goes out as a text that it happens to be, its lowest byte first: hosts measure it with strlen.
+// The value goes out as the text that its bytes happen to be, lowest byte first on every board, deliberately.
 uint32_t KOVA_GetImageFocusValue(uint32_t ulChannelID, DrvMsgInfo *pstMsgInfo) {
     LOG_DEBUG("FUN_ENTRY--param:ulChannelID[%lu] psZoom[%p]\n", UL(ulChannelID),
               static_cast<void *>(pstMsgInfo));

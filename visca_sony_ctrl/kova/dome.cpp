@@ -3,6 +3,7 @@
 
 #include "visca_que/command.h"
 #include "visca_que/log.h"
+#include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
 using namespace viscacam;
@@ -32,7 +33,5 @@ void KovaSetDomeTypeToCam(void) {
     (void)COMDRV_GetManuinfo(&stManuInfo);
     char szModel[sizeof(stManuInfo.szDeviceModel) + 1] = {}; // the host may have filled the text to its end
     memcpy(szModel, stManuInfo.szDeviceModel, sizeof(stManuInfo.szDeviceModel));
-    if (QueueCommand({0x01, 0x04, 0xD1, 0x00, 0x00, 0x00, DomeType(szModel)}) != VISCA_SUCCESS) {
-        LOG_ERROR("ViscaEnQueueCmd() fail exit\n");
-    }
+    (void)SendSetting({0x01, 0x04, 0xD1, 0x00, 0x00, 0x00, DomeType(szModel)}, LOG_HERE);
 }

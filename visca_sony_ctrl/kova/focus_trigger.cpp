@@ -1,6 +1,6 @@
 // One-push auto-focus of the Kova module: as a whole, on a point, in a rectangle.
 #include "visca_que/log.h"
-#include "visca_sony_ctrl/image/setting.h"
+#include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
 using namespace viscacam;
@@ -25,21 +25,21 @@ constexpr bool IsTriggerType(uint32_t ulType) {
     return ulType == TRIGGER_PLAIN || (ulType >= TRIGGER_FIRST_NUMBERED && ulType <= TRIGGER_RECTANGLE);
 }
 
-bool SendTrigger(uint32_t ulType, const uint32_t *pulParam, const char *pcCaller) {
+uint32_t SendTrigger(uint32_t ulType, const uint32_t *pulParam, const LogPlace &rCaller) {
     if (ulType == TRIGGER_POINT) {
         return SendSetting({0x01, 0x04, 0x18, 0x0A, Nibble(pulParam[0], 3), Nibble(pulParam[0], 2),
                             Nibble(pulParam[0], 1), Nibble(pulParam[0], 0), Nibble(pulParam[1], 3),
                             Nibble(pulParam[1], 2), Nibble(pulParam[1], 1), Nibble(pulParam[1], 0)},
-                           pcCaller);
+                           rCaller);
     }
     if (ulType == TRIGGER_RECTANGLE) { // whole bytes here, not nibbles
         return SendSetting({0x01, 0x04, 0x18, 0x0B, HighByte(pulParam[0]), LowByte(pulParam[0]),
                             HighByte(pulParam[1]), LowByte(pulParam[1]), HighByte(pulParam[2]),
                             LowByte(pulParam[2]), HighByte(pulParam[3]), LowByte(pulParam[3])},
-                           pcCaller);
+                           rCaller);
     }
     const uint8_t ucType = ulType == TRIGGER_PLAIN ? 0x01 : LowByte(ulType);
-    return SendSetting({0x01, 0x04, 0x18, 0x01, ucType}, pcCaller);
+    return SendSetting({0x01, 0x04, 0x18, 0x01, ucType}, rCaller);
 }
 
 } // namespace
@@ -54,5 +54,5 @@ uint32_t KOVA_OnePushTriggerAF(uint32_t ulTrigType, const uint32_t *pulParam) {
         LOG_ERROR("param invalid\n");
         return VISCA_FAILURE;
     }
-    return SendTrigger(ulTrigType, pulParam, __func__) ? VISCA_SUCCESS : VISCA_FAILURE;
+    return SendTrigger(ulTrigType, pulParam, LOG_HERE);
 }

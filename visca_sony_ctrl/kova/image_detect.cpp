@@ -4,6 +4,7 @@
 #include "visca_que/log.h"
 #include "visca_que/shared_word.h"
 #include "visca_que/wait.h"
+#include "visca_sony_ctrl/image/modes.h"
 #include "visca_sony_ctrl/image/settings_cache.h"
 #include "visca_sony_ctrl/module_type.h"
 #include "viscacam.h"
@@ -16,9 +17,6 @@ namespace {
 
 constexpr uint32_t CALLER_WITHOUT_DETECTION = 2;
 constexpr int32_t NOTHING_PENDING = -1;
-constexpr uint32_t DAY = 1;
-constexpr uint32_t NIGHT = 2;
-constexpr int32_t WB_MANUAL = 10;
 constexpr int16_t RED_OFFSET = -127;
 constexpr int16_t BLUE_OFFSET = 127;
 
@@ -33,17 +31,16 @@ void SetDayNight(uint32_t ulMode, const char *pcCaller) {
 } // namespace
 
 void KovaSetDetectImgParam(uint32_t ulCamModType) {
-    if (!IsKova(ulCamModType) || WordGet(g_bFirstTime) != 1) {
+    if (!IsKova(ulCamModType) || __atomic_exchange_n(&g_bFirstTime, 0, __ATOMIC_RELAXED) != 1) {
         return;
     }
-    WordSet(g_bFirstTime, 0);
     if (COMDRV_GetCaller() == CALLER_WITHOUT_DETECTION) {
         return;
     }
     // A step that fails is logged, and the next one follows: a detection that starts from a wrong setting is
     // better than none.
     SleepMs(1000);
-    SetDayNight(DAY, __func__);
+    SetDayNight(DAY_NIGHT_COLOUR, __func__);
     WordSet(gstImgDetectParam.lBlackWhiteMode, NOTHING_PENDING);
     WordSet(gstImgDetectParam.lWbMode, NOTHING_PENDING);
     WordSet(g_stImageCache.bDetectImgHold, 1);
@@ -62,7 +59,7 @@ uint32_t KOVA_ResumeDetectImgParam(void) {
         return VISCA_SUCCESS;
     }
     WordSet(g_stImageCache.bDetectImgHold, 0);
-    SetDayNight(NIGHT, __func__);
+    SetDayNight(DAY_NIGHT_BLACK_WHITE, __func__);
     SleepMs(500);
     const int32_t lPendingMode = WordGet(gstImgDetectParam.lBlackWhiteMode);
     if (lPendingMode != NOTHING_PENDING &&

@@ -1,7 +1,6 @@
 // Sensor orientation of the Kova module. Modules that need it are power-cycled, and then only when the
 // orientation really changes.
 #include "visca_que/log.h"
-#include "visca_que/wait.h"
 #include "visca_sony_ctrl/kova/ability.h"
 #include "visca_sony_ctrl/kova/power_cycle.h"
 #include "viscacam.h"
@@ -59,7 +58,7 @@ uint32_t KOVA_SetSensorReverse(uint32_t ulReverseMode, uint32_t ulForce) {
         return VISCA_FAILURE;
     }
     constexpr uint32_t ulRestMs = 3000; // the module does not answer for a while after power-on
-    return bForce || bByPower ? PowerCycle(ulRestMs, __func__) : VISCA_SUCCESS;
+    return bForce || bByPower ? PowerCycle(ulRestMs, LOG_HERE) : VISCA_SUCCESS;
 }
 
 uint32_t KovaReverseCam(void) {

@@ -33,7 +33,7 @@ const char *VersionStart(const char *pcMark, uint32_t ulOffset) {
 
 // Copy up to the blank that ends a version; also up to the line's end, where it is missing.
 void CopyVersion(const char *pcStart, char *pcVer, const char *pcCaller) {
-    const size_t ulLength = strcspn(pcStart, " \r\n");
+    const size_t ulLength = strcspn(pcStart, " \n");
     const size_t ulCopied = ulLength < VERSION_TEXT_MAX ? ulLength : VERSION_TEXT_MAX;
     if (ulCopied < ulLength) {
         LOG_WARN_AS(pcCaller, "Version text too long, cut to %lu characters\n", UL(VERSION_TEXT_MAX));
@@ -42,50 +42,50 @@ void CopyVersion(const char *pcStart, char *pcVer, const char *pcCaller) {
     pcVer[ulCopied] = '\0';
 }
 
-uint32_t CopyNewVersion(const char *pcMark, uint32_t ulOffset, char *pcVer, const char *pcCaller) {
+void CopyNewVersion(const char *pcMark, uint32_t ulOffset, char *pcVer, const char *pcCaller) {
     const char *pcStart = VersionStart(pcMark, ulOffset);
     LOG_DEBUG_AS(pcCaller, "QDM_VESION new ver is %s\n", pcStart);
     CopyVersion(pcStart, pcVer, pcCaller);
     LOG_DEBUG_AS(pcCaller, "QDM_VESION new ver is %s\n", pcVer);
-    return VISCA_SUCCESS;
+}
+
+// Read the package's version from line ulLine. Says which of the two was missing, the file or the mark.
+enum PackageResult { PACKAGE_READ, PACKAGE_NO_FILE, PACKAGE_NO_MARK };
+
+PackageResult ReadPackageVersion(uint32_t ulLine, uint32_t ulOffset, char *pcVer, const char *pcCaller) {
+    FILE *pstFile = fopen(PACKAGE_VERSION_FILE, "r");
+    if (pstFile == nullptr) {
+        return PACKAGE_NO_FILE;
+    }
+    char szLine[LINE_SIZE] = {};
+    ReadLines(pstFile, ulLine, szLine, pcCaller);
+    (void)fclose(pstFile);
+    const char *pcMark = strstr(szLine, NEW_VERSION_MARK);
+    if (pcMark == nullptr) {
+        return PACKAGE_NO_MARK;
+    }
+    CopyNewVersion(pcMark, ulOffset, pcVer, pcCaller);
+    return PACKAGE_READ;
 }
 
 } // namespace
 
 uint32_t KovaGetNewKovaUimageVer(char *pcVer) {
-    FILE *pstFile = fopen(PACKAGE_VERSION_FILE, "r");
-    if (pstFile == nullptr) {
+    const PackageResult enResult = ReadPackageVersion(UIMAGE_LINE, UIMAGE_OFFSET, pcVer, __func__);
+    if (enResult == PACKAGE_NO_FILE) {
         LOG_ERROR("fopen the QDM_VERSION fail exit\n");
-        return VISCA_FAILURE;
-    }
-    char szLine[LINE_SIZE] = {};
-    ReadLines(pstFile, UIMAGE_LINE, szLine, __func__);
-    const char *pcMark = strstr(szLine, NEW_VERSION_MARK);
-    uint32_t ulRet = VISCA_FAILURE;
-    if (pcMark == nullptr) {
+    } else if (enResult == PACKAGE_NO_MARK) {
         LOG_ERROR("the buffer no VER_NEW info, fail exit\n");
-    } else {
-        ulRet = CopyNewVersion(pcMark, UIMAGE_OFFSET, pcVer, __func__);
     }
-    (void)fclose(pstFile);
-    return ulRet;
+    return enResult == PACKAGE_READ ? VISCA_SUCCESS : VISCA_FAILURE;
 }
 
 uint32_t KovaGetNewKovaProgramVer(char *pcVer) {
-    FILE *pstFile = fopen(PACKAGE_VERSION_FILE, "r");
-    if (pstFile == nullptr) {
+    const PackageResult enResult = ReadPackageVersion(PROGRAM_LINE, PROGRAM_OFFSET, pcVer, __func__);
+    if (enResult == PACKAGE_NO_FILE) {
         LOG_ERROR("fopen the QDM_VERSION fail!\n");
-        return VISCA_FAILURE;
-    }
-    char szLine[LINE_SIZE] = {};
-    ReadLines(pstFile, PROGRAM_LINE, szLine, __func__);
-    const char *pcMark = strstr(szLine, NEW_VERSION_MARK);
-    uint32_t ulRet = VISCA_FAILURE;
-    if (pcMark == nullptr) {
+    } else if (enResult == PACKAGE_NO_MARK) {
         LOG_ERROR("the buffer no need VER_NEW!\n");
-    } else {
-        ulRet = CopyNewVersion(pcMark, PROGRAM_OFFSET, pcVer, __func__);
     }
-    (void)fclose(pstFile);
-    return ulRet;
+    return enResult == PACKAGE_READ ? VISCA_SUCCESS : VISCA_FAILURE;
 }

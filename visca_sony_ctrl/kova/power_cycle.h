@@ -4,11 +4,13 @@
 
 #include <stdint.h>
 
+#include "visca_que/log.h"
+
 namespace viscacam {
 
 // Off, 1 s, on, ulRestMs, then wait until the module answers that it is on; there is no bound to that. Says
 // under the caller's name which step failed; a failed power-on leaves the module off.
-uint32_t PowerCycle(uint32_t ulRestMs, const char *pcCaller);
+uint32_t PowerCycle(uint32_t ulRestMs, const LogPlace &rCaller);
 
 } // namespace viscacam
 

@@ -2,7 +2,7 @@
 // receiver thread: every reply behind the report waits until they return.
 #include "visca_que/log.h"
 #include "visca_que/shared_word.h"
-#include "visca_sony_ctrl/image/setting.h"
+#include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
 using namespace viscacam;
@@ -20,6 +20,7 @@ constexpr uint8_t REPORT_RECONFIG = 0xEF;
 
 constexpr uint32_t SIGNAL_ZOOM = 0;
 constexpr uint32_t SIGNAL_FOCUS = 1;
+constexpr uint32_t RESULT_UNKNOWN_SIGNAL = 2;
 
 // A byte of a report; 0 where the report is too short to have it.
 uint8_t ReportByte(const ViscaPkt *pstReport, uint32_t ulIndex) {
@@ -35,9 +36,9 @@ void ReportStatus(const ViscaStatusCallback &rpfnCallback, const ViscaPkt *pstRe
 
 // Reports on or off, and the callback kept once the module is told.
 uint32_t SetStatusCallback(uint8_t ucReport, ViscaStatusCallback &rpfnCallback, ViscaStatusCallback fCallBack,
-                           const char *pcCaller) {
+                           const LogPlace &rCaller) {
     const uint8_t ucSwitch = fCallBack != nullptr ? 0x02 : 0x03;
-    if (!SendSetting({0x01, 0x04, ucReport, ucSwitch}, pcCaller)) {
+    if (SendSetting({0x01, 0x04, ucReport, ucSwitch}, rCaller) != VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     WordSet(rpfnCallback, fCallBack);
@@ -47,11 +48,11 @@ uint32_t SetStatusCallback(uint8_t ucReport, ViscaStatusCallback &rpfnCallback, 
 } // namespace
 
 uint32_t KovaSetZoomStatusCallback(ViscaStatusCallback fCallBack) {
-    return SetStatusCallback(REPORT_ZOOM, gpfnReportZoomStatus, fCallBack, __func__);
+    return SetStatusCallback(REPORT_ZOOM, gpfnReportZoomStatus, fCallBack, LOG_HERE);
 }
 
 uint32_t KovaSetFocusStatusCallback(ViscaStatusCallback fCallBack) {
-    return SetStatusCallback(REPORT_FOCUS, gpfnReportFocusStatus, fCallBack, __func__);
+    return SetStatusCallback(REPORT_FOCUS, gpfnReportFocusStatus, fCallBack, LOG_HERE);
 }
 
 uint32_t KOVA_SetStatusCallback(uint32_t ulSigType, ViscaStatusCallback fCallBack) {
@@ -62,7 +63,7 @@ uint32_t KOVA_SetStatusCallback(uint32_t ulSigType, ViscaStatusCallback fCallBac
         return KovaSetFocusStatusCallback(fCallBack);
     default:
         LOG_ERROR("input param invalid, sigtype:%lu \n", UL(ulSigType));
-        return 2;
+        return RESULT_UNKNOWN_SIGNAL;
     }
 }
 

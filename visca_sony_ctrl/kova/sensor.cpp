@@ -2,9 +2,24 @@
 #include "visca_que/command.h"
 #include "visca_que/log.h"
 #include "visca_sony_ctrl/kova/power_cycle.h"
+#include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
 using namespace viscacam;
+
+namespace {
+
+// Four bytes from ulFirst on as a signed 16-bit value. Whole bytes are joined by or, where positions of the
+// lens are added.
+int16_t OffsetFrom(const ViscaPkt &rReply, uint32_t ulFirst) {
+    uint32_t ulOffset = 0;
+    for (uint32_t i = 0; i < 4; ++i) {
+        ulOffset = (ulOffset << 4U) | rReply.aucData[ulFirst + i];
+    }
+    return static_cast<int16_t>(ulOffset);
+}
+
+} // namespace
 
 uint32_t KOVA_GetSensorOffset(int32_t *plOffsetX, int32_t *plOffsetY) {
     LOG_DEBUG("FUN_ENTRY--param:\n");
@@ -28,8 +43,8 @@ uint32_t KOVA_GetSensorOffset(int32_t *plOffsetX, int32_t *plOffsetY) {
         *plOffsetY = 0;
         return VISCA_SUCCESS;
     }
-    *plOffsetX = static_cast<int16_t>(ReplyWord(&stReply, 2));
-    *plOffsetY = static_cast<int16_t>(ReplyWord(&stReply, 6));
+    *plOffsetX = OffsetFrom(stReply, 2);
+    *plOffsetY = OffsetFrom(stReply, 6);
     LOG_INFO("Kova cur offset(%ld, %ld)\n", SL(*plOffsetX), SL(*plOffsetY));
     return VISCA_SUCCESS;
 }
@@ -44,34 +59,23 @@ uint32_t KOVA_SetSensorOffset(int32_t lOffsetX, int32_t lOffsetY, uint32_t ulFla
         LOG_ERROR("set kova sensor offset, ViscaEnQueueCmd fail exit\n");
         return VISCA_FAILURE;
     }
-    return PowerCycle(0, __func__); // without the rest that the orientation takes
+    return PowerCycle(0, LOG_HERE); // without the rest that the orientation takes
 }
 
 uint32_t KOVA_SetIRcut(int32_t bIsEnable) {
     LOG_DEBUG("FUN_ENTRY--param:bIsEnable[%ld]\n", SL(bIsEnable));
     const uint8_t ucSwitch = bIsEnable == 1 ? 0x04 : 0x05;
-    if (QueueCommand({0x01, 0x04, 0xB4, ucSwitch}) != VISCA_SUCCESS) {
-        LOG_ERROR("ViscaEnQueueCmd() fail exit\n");
-        return VISCA_FAILURE;
-    }
-    return VISCA_SUCCESS;
+    return SendSetting({0x01, 0x04, 0xB4, ucSwitch}, LOG_HERE);
 }
 
 uint32_t KOVA_SetTime(uint32_t ulSeconds) {
-    if (QueueCommand({0x01, 0x04, 0xA4, Nibble(ulSeconds, 7), Nibble(ulSeconds, 6), Nibble(ulSeconds, 5),
-                      Nibble(ulSeconds, 4), Nibble(ulSeconds, 3), Nibble(ulSeconds, 2), Nibble(ulSeconds, 1),
-                      Nibble(ulSeconds, 0)}) != VISCA_SUCCESS) {
-        LOG_ERROR("ViscaEnQueueCmd() fail exit\n");
-        return VISCA_FAILURE;
-    }
-    return VISCA_SUCCESS;
+    return SendSetting({0x01, 0x04, 0xA4, Nibble(ulSeconds, 7), Nibble(ulSeconds, 6), Nibble(ulSeconds, 5),
+                        Nibble(ulSeconds, 4), Nibble(ulSeconds, 3), Nibble(ulSeconds, 2),
+                        Nibble(ulSeconds, 1), Nibble(ulSeconds, 0)},
+                       LOG_HERE);
 }
 
 uint32_t KOVA_SetLowDelayMode(uint32_t ulEnable) {
     const uint8_t ucSwitch = ulEnable != 0 ? 0x02 : 0x03;
-    if (QueueCommand({0x01, 0x04, 0xBF, ucSwitch}) != VISCA_SUCCESS) {
-        LOG_ERROR("ViscaEnQueueCmd() fail exit\n");
-        return VISCA_FAILURE;
-    }
-    return VISCA_SUCCESS;
+    return SendSetting({0x01, 0x04, 0xBF, ucSwitch}, LOG_HERE);
 }

@@ -98,7 +98,8 @@ uint32_t ReadSegments(uint8_t ucItem, VersionCodes *pstCodes, const char *pcCall
         ulSegments = (ulSegments << 4U) | (stReply.aucData[i] & 0x0FU);
     }
     LOG_INFO_AS(pcCaller, "ulSegCnt[%lu]\n", UL(ulSegments));
-    for (uint32_t i = 0; i < ulSegments; ++i) {
+    for (uint32_t i = 0; i < ulSegments;
+         ++i) { // also once the codes are full: the module counts on being asked for all
         // A segment that fails leaves the record as it is, and what it holds is taken once more,
         // deliberately.
         if (InquireAgain(ucItem, &stReply) != VISCA_SUCCESS) {

@@ -15,6 +15,8 @@ constexpr const char *VersionStamp(uint32_t ulCamModType) {
     return IsKovaGen2(ulCamModType) ? "QDMV200R001B02" : "QDMV100R001B01";
 }
 constexpr uint32_t VERSION_STAMP_LENGTH = 14;
+static_assert(sizeof("QDMV200R001B02") - 1 == VERSION_STAMP_LENGTH &&
+              sizeof("QDMV100R001B01") - 1 == VERSION_STAMP_LENGTH);
 
 } // namespace viscacam
 

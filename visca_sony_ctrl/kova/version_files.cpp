@@ -1,6 +1,5 @@
 // The version files that other programs of the board read, written at start-up through the host's shell.
 #include <stdio.h>
-#include <string.h>
 
 #include "visca_que/log.h"
 #include "visca_sony_ctrl/kova/version.h"

@@ -1,17 +1,14 @@
 // Focus modes, one-push auto-focus, infrared correction and digital zoom.
 #include "visca_que/command.h"
 #include "visca_que/log.h"
+#include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
 using namespace viscacam;
 
 uint32_t SONY_OnePushTriggerAF(void) {
     LOG_DEBUG("FUN_ENTRY--param:\n");
-    if (QueueCommand({0x01, 0x04, 0x18, 0x01}) != VISCA_SUCCESS) {
-        LOG_ERROR("ViscaEnQueueCmd() fail exit\n");
-        return VISCA_FAILURE;
-    }
-    return VISCA_SUCCESS;
+    return SendSetting({0x01, 0x04, 0x18, 0x01}, LOG_HERE);
 }
 
 uint32_t SONY_EnableAF(uint32_t bIsEnable) {
@@ -41,11 +38,7 @@ uint32_t SONY_EnableIrCurve(uint32_t bIrCurve) {
         LOG_WARN("bIrCurve[%lu] invalid, fail exit\n", UL(bIrCurve));
         return VISCA_FAILURE;
     }
-    if (QueueCommand({0x01, 0x04, 0x11, static_cast<uint8_t>(bIrCurve)}) != VISCA_SUCCESS) {
-        LOG_ERROR("ViscaEnQueueCmd() fail exit\n");
-        return VISCA_FAILURE;
-    }
-    return VISCA_SUCCESS;
+    return SendSetting({0x01, 0x04, 0x11, static_cast<uint8_t>(bIrCurve)}, LOG_HERE);
 }
 
 uint32_t SONY_SetAFType(uint32_t ulType) {
@@ -59,9 +52,5 @@ uint32_t SONY_SetAFType(uint32_t ulType) {
 
 uint32_t SonyImgEnableDzoom(uint32_t bEnable) {
     const uint8_t ucSwitch = bEnable == 1 ? 0x02 : 0x03;
-    if (QueueCommand({0x01, 0x04, 0x06, ucSwitch}) != VISCA_SUCCESS) {
-        LOG_ERROR("ViscaEnQueueCmd() fail exit\n");
-        return VISCA_FAILURE;
-    }
-    return VISCA_SUCCESS;
+    return SendSetting({0x01, 0x04, 0x06, ucSwitch}, LOG_HERE);
 }

@@ -3,6 +3,7 @@
 #include "visca_que/log.h"
 #include "visca_que/shared_word.h"
 #include "visca_sony_ctrl/lens/lens_speed.h"
+#include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
 using namespace viscacam;
@@ -102,27 +103,19 @@ uint32_t SONY_GetFocusPos(int16_t *psFocus) {
 uint32_t SONY_SetZoomPos(int32_t sZoomPos) {
     LOG_DEBUG("FUN_ENTRY--param:sZoomPos[%ld]\n", SL(sZoomPos));
     const uint32_t ulZoom = static_cast<uint32_t>(sZoomPos);
-    const uint32_t ulRet = QueueCommand(
-        {0x01, 0x04, 0x47, Nibble(ulZoom, 3), Nibble(ulZoom, 2), Nibble(ulZoom, 1), Nibble(ulZoom, 0)});
-    if (ulRet != VISCA_SUCCESS) {
-        LOG_ERROR("ViscaEnQueueCmd() fail exit\n");
-        return VISCA_FAILURE;
-    }
-    return VISCA_SUCCESS;
+    return SendSetting(
+        {0x01, 0x04, 0x47, Nibble(ulZoom, 3), Nibble(ulZoom, 2), Nibble(ulZoom, 1), Nibble(ulZoom, 0)},
+        LOG_HERE);
 }
 
 uint32_t SONY_SetZoomFocusPos(int32_t sZoomPos, int32_t sFocusPos) {
     const uint32_t ulZoom = static_cast<uint32_t>(sZoomPos);
     const uint32_t ulFocus = static_cast<uint32_t>(sFocusPos);
     LOG_DEBUG("FUN_ENTRY--param:sZoomPos[0x%lx] sFocusPos[0x%lx]\n", UL(ulZoom), UL(ulFocus));
-    const uint32_t ulRet = QueueCommand({0x01, 0x04, 0x47, Nibble(ulZoom, 3), Nibble(ulZoom, 2),
-                                         Nibble(ulZoom, 1), Nibble(ulZoom, 0), Nibble(ulFocus, 3),
-                                         Nibble(ulFocus, 2), Nibble(ulFocus, 1), Nibble(ulFocus, 0)});
-    if (ulRet != VISCA_SUCCESS) {
-        LOG_ERROR("ViscaEnQueueCmd() fail exit\n");
-        return VISCA_FAILURE;
-    }
-    return VISCA_SUCCESS;
+    return SendSetting({0x01, 0x04, 0x47, Nibble(ulZoom, 3), Nibble(ulZoom, 2), Nibble(ulZoom, 1),
+                        Nibble(ulZoom, 0), Nibble(ulFocus, 3), Nibble(ulFocus, 2), Nibble(ulFocus, 1),
+                        Nibble(ulFocus, 0)},
+                       LOG_HERE);
 }
 
 uint32_t SONY_RetSetZoomFocus(void) {

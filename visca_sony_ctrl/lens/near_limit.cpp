@@ -2,6 +2,7 @@
 #include "visca_que/command.h"
 #include "visca_que/log.h"
 #include "visca_sony_ctrl/module_type.h"
+#include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
 using namespace viscacam;
@@ -14,11 +15,12 @@ constexpr uint32_t LAST_NEAR_LIMIT = 0xFFFFFFFF;
 // Command 01 04 28 0p 00 00 00: the highest nibble p of a 16-bit position, by distance.
 struct NearLimitRow {
     uint16_t us100mm, us1000mm, us3000mm, us10000mm, usOther;
+    bool bKova; // which words another distance is answered with
 };
-constexpr NearLimitRow NEAR_LIMIT_KOVA = {0xF000, 0xC000, 0x7000, 0x3000, 0xC000};
-constexpr NearLimitRow NEAR_LIMIT_SONY_3 = {0xE000, 0xC000, 0x7000, 0x3000, 0x7000};
-constexpr NearLimitRow NEAR_LIMIT_SONY = {0xE000, 0xC000, 0x7000, 0x3000,
-                                          0xD000}; // D, though 3000 mm is 7, deliberately
+constexpr NearLimitRow NEAR_LIMIT_KOVA = {0xF000, 0xC000, 0x7000, 0x3000, 0xC000, true};
+constexpr NearLimitRow NEAR_LIMIT_SONY_3 = {0xE000, 0xC000, 0x7000, 0x3000, 0x7000, false};
+// D for other distances, though the words say 3000 mm, whose code is 7; kept deliberately.
+constexpr NearLimitRow NEAR_LIMIT_SONY = {0xE000, 0xC000, 0x7000, 0x3000, 0xD000, false};
 
 const NearLimitRow *FindRow(uint32_t ulCamModType) {
     if (IsKova(ulCamModType)) {
@@ -41,7 +43,7 @@ uint16_t NearLimitCode(const NearLimitRow &rRow, uint32_t ulFocusNearLimit, cons
     case 10000:
         return rRow.us10000mm;
     default:
-        if (&rRow == &NEAR_LIMIT_KOVA) {
+        if (rRow.bKova) {
             LOG_ERROR_AS(pcCaller, "ulFocusNearLimit[%lu] invalid, use 1000mm instead\n",
                          UL(ulFocusNearLimit));
         } else {
@@ -68,8 +70,7 @@ uint32_t SONY_SetMinFocusLen(uint32_t ulFocusNearLimit) {
     }
     const uint16_t usCode = NearLimitCode(*pstRow, ulFocusNearLimit, __func__);
     LOG_DEBUG("Set Limit Focuslens %lu to[0x%x]\n", UL(ulFocusNearLimit), usCode);
-    if (QueueCommand({0x01, 0x04, 0x28, Nibble(usCode, 3), 0x00, 0x00, 0x00}) != VISCA_SUCCESS) {
-        LOG_ERROR("ViscaEnQueueCmd() fail exit\n");
+    if (SendSetting({0x01, 0x04, 0x28, Nibble(usCode, 3), 0x00, 0x00, 0x00}, LOG_HERE) != VISCA_SUCCESS) {
         return VISCA_FAILURE;
     }
     // So that the camera focuses again within the new limit.

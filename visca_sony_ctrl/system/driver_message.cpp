@@ -1,6 +1,8 @@
 // Messages of the host: settings and questions that have no function of their own in the public layer.
 #include "visca_que/command.h"
 #include "visca_que/log.h"
+#include "visca_sony_ctrl/image/modes.h"
+#include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
 using namespace viscacam;
@@ -11,9 +13,8 @@ constexpr uint32_t MSG_GET = 0;
 constexpr uint32_t MSG_SET = 1;
 
 constexpr uint32_t SET_IQ_DEBUG = 2;
-constexpr uint32_t SET_DEFOG = 30;
-constexpr uint32_t GET_FOCUS_VALUE = 34;
 constexpr uint32_t SET_VAR_FN_UNUSED = 31; // takes the same way as defog and does nothing there
+constexpr uint32_t GET_FOCUS_VALUE = 34;
 
 // The image-tuning item and value after which luminance and gain are logged.
 constexpr uint32_t IQ_INFO_ITEM = 0x51;
@@ -57,7 +58,7 @@ uint32_t SONY_MessageProcess(DrvMsgInfo *pstMsgInfo) {
 uint32_t SonyProcSetMsg(DrvMsgInfo *pstMsgInfo) {
     LOG_DEBUG("FUN_ENTRY--param:ulMsgCmd[%lu] ulMsgChannel[%lu] ulMsgLens[%lu]\n", UL(pstMsgInfo->ulMsgCmd),
               UL(pstMsgInfo->ulMsgChannel), UL(pstMsgInfo->ulMsgLen));
-    if (pstMsgInfo->ulMsgCmd == SET_DEFOG || pstMsgInfo->ulMsgCmd == SET_VAR_FN_UNUSED) {
+    if (pstMsgInfo->ulMsgCmd == MSG_DEFOG || pstMsgInfo->ulMsgCmd == SET_VAR_FN_UNUSED) {
         if (SONY_SetImageVarFn(pstMsgInfo->ulMsgChannel, pstMsgInfo->ulReserved0, pstMsgInfo) !=
             VISCA_SUCCESS) {
             LOG_ERROR("SONY_SetImageVarFn fail, type(%lu).\n", UL(pstMsgInfo->ulMsgType));
@@ -89,10 +90,7 @@ uint32_t SonyProcGetMsg(DrvMsgInfo *pstMsgInfo) {
 
 uint32_t SonyProcIQDebugMsg(uint32_t ulChannelID, uint32_t ulMsgData) {
     LOG_DEBUG("FUN_ENTRY--param:ulChannelID[%lu] ulMsgData[%lu]\n", UL(ulChannelID), UL(ulMsgData));
-    if (QueueCommand({0x01, 0x04, 0xCF, Nibble(ulChannelID, 1), Nibble(ulChannelID, 0), Nibble(ulMsgData, 1),
-                      Nibble(ulMsgData, 0)}) != VISCA_SUCCESS) {
-        LOG_ERROR("ViscaEnQueueCmd() fail exit\n");
-        return VISCA_FAILURE;
-    }
-    return VISCA_SUCCESS;
+    return SendSetting({0x01, 0x04, 0xCF, Nibble(ulChannelID, 1), Nibble(ulChannelID, 0),
+                        Nibble(ulMsgData, 1), Nibble(ulMsgData, 0)},
+                       LOG_HERE);
 }

@@ -9,7 +9,7 @@ using namespace viscacam;
 
 namespace {
 
-// Texts end in a blank, as hosts string them together.
+// Texts of known identifiers end in a blank, deliberately.
 struct IdRow {
     uint32_t ulId;
     const char *pcText;

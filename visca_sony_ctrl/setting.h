@@ -1,6 +1,6 @@
-// What the image primitives share: sending a setting, and looking a host value up in a table of camera codes.
-#ifndef VISCACAM_VISCA_SONY_CTRL_IMAGE_SETTING_H
-#define VISCACAM_VISCA_SONY_CTRL_IMAGE_SETTING_H
+// What the settings of the camera share: sending one, and looking a host value up in a table of camera codes.
+#ifndef VISCACAM_VISCA_SONY_CTRL_SETTING_H
+#define VISCACAM_VISCA_SONY_CTRL_SETTING_H
 
 #include <stdint.h>
 
@@ -9,14 +9,14 @@
 
 namespace viscacam {
 
-// Queue a setting. False, with the usual line under the caller's name, when it was refused.
+// Queue a setting; 1, with the usual line logged at the caller's place, when it was refused.
 template <uint32_t N>
-bool SendSetting(const uint8_t (&aucPayload)[N], const char *pcCaller) {
+uint32_t SendSetting(const uint8_t (&aucPayload)[N], const LogPlace &rCaller) {
     if (QueueCommand(aucPayload) == VISCA_SUCCESS) {
-        return true;
+        return VISCA_SUCCESS;
     }
-    LOG_ERROR_AS(pcCaller, "ViscaEnQueueCmd() fail exit\n");
-    return false;
+    LOG_ERROR_AT(rCaller, "ViscaEnQueueCmd() fail exit\n");
+    return VISCA_FAILURE;
 }
 
 // A row of a table: what the host asks for, what the camera is told.
