@@ -16,11 +16,39 @@ std::string cell(const std::string &text, size_t width) {
 } // namespace
 
 void AskedTable::add(const std::string &asked, const std::string &believed, bool agrees) {
-    m_rows.push_back({asked, believed, agrees});
+    m_rows.push_back({asked, believed, agrees ? Verdict::agrees : Verdict::differs});
+}
+
+void AskedTable::addNotAskedBack(const std::string &asked) {
+    m_rows.push_back({asked, "not asked back", Verdict::open});
 }
 
 bool AskedTable::allAgree() const {
-    return std::all_of(m_rows.begin(), m_rows.end(), [](const Row &row) { return row.agrees; });
+    return count(Verdict::differs) == 0;
+}
+
+long AskedTable::count(Verdict verdict) const {
+    return std::count_if(m_rows.begin(), m_rows.end(),
+                         [verdict](const Row &row) { return row.verdict == verdict; });
+}
+
+std::string AskedTable::shown(Verdict verdict, bool colours) {
+    switch (verdict) {
+    case Verdict::agrees:
+        return styled("agrees", Style::good, colours);
+    case Verdict::differs:
+        return styled("DIFFERS", Style::bad, colours);
+    case Verdict::open:
+        break;
+    }
+    return "-";
+}
+
+std::string AskedTable::sum() const {
+    const long agreeing = count(Verdict::agrees);
+    const long open = count(Verdict::open);
+    return std::to_string(agreeing) + " of " + std::to_string(agreeing + count(Verdict::differs)) + " agree" +
+           (open == 0 ? "" : ", " + std::to_string(open) + " not asked back");
 }
 
 void AskedTable::print(Trace &trace) const {
@@ -32,14 +60,10 @@ void AskedTable::print(Trace &trace) const {
     }
     trace.line(
         styled(cell(ASKED, asked) + cell(BELIEVED, believed) + "verdict", Style::dim, trace.colours()));
-    long agreeing = 0;
-    for (const Row &row : m_rows) {
-        const std::string verdict = row.agrees ? "agrees" : "DIFFERS";
+    for (const Row &row : m_rows)
         trace.line(cell(row.asked, asked) + cell(row.believed, believed) +
-                   styled(verdict, row.agrees ? Style::good : Style::bad, trace.colours()));
-        agreeing += row.agrees ? 1 : 0;
-    }
-    trace.line(std::to_string(agreeing) + " of " + std::to_string(m_rows.size()) + " agree");
+                   shown(row.verdict, trace.colours()));
+    trace.line(sum());
 }
 
 } // namespace tool

@@ -12,16 +12,23 @@ namespace tool {
 class AskedTable {
   public:
     void add(const std::string &asked, const std::string &believed, bool agrees);
+    /* What the camera makes of this cannot be learnt: neither agrees nor differs. */
+    void addNotAskedBack(const std::string &asked);
     bool allAgree() const;
-    /* As lines of the trace: a head, a line a row that ends in "agrees" or "DIFFERS", and a sum. */
+    /* As lines of the trace: a head, a line a row that ends in "agrees", "DIFFERS" or "-", and a sum. */
     void print(Trace &trace) const;
 
   private:
+    enum class Verdict { agrees, differs, open };
     struct Row {
         std::string asked;
         std::string believed;
-        bool agrees;
+        Verdict verdict;
     };
+    static std::string shown(Verdict verdict, bool colours);
+    long count(Verdict verdict) const;
+    std::string sum() const;
+
     std::vector<Row> m_rows;
 };
 

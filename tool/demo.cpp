@@ -6,21 +6,26 @@
 #include <stdexcept>
 
 #include "host/host.h"
+#include "tool/chapters.h"
 #include "tool/complain.h"
-#include "tool/demo_story.h"
+#include "tool/demo_families.h"
 #include "tool/demo_trace.h"
 #include "tool/exit_status.h"
 #include "tool/module_types.h"
 #include "tool/signals.h"
+#include "viscacam.h"
 
 namespace tool {
 
 namespace {
 
-constexpr uint32_t PORT_NUMBER = 0;
+constexpr uint32_t PORT_NUMBER = Stage::PORT_NUMBER;
+constexpr uint32_t CALLER_WITHOUT_DETECTION = 2; // the library then spares a Kova module's image detection
 constexpr std::chrono::milliseconds BOOT_TIME{500};
+constexpr std::chrono::milliseconds BOOT_LIMIT{2000};
 constexpr std::chrono::milliseconds FIRST_WORDS_LIMIT{200}; // a faulty camera may have none
-constexpr std::chrono::seconds STOP_LIMIT{3};
+constexpr Drives::Limits INTERRUPT_LIMITS = {std::chrono::seconds(3), std::chrono::seconds(20)};
+constexpr Drives::Limits SILENCE_LIMITS = {std::chrono::seconds(3), std::chrono::seconds(0)};
 
 // All that the library's threads may touch: made once and never destroyed.
 struct Demo {
@@ -31,7 +36,7 @@ struct Demo {
     std::atomic<bool> hasSpoken{false};
     std::unique_ptr<sim::Camera> camera;
     std::unique_ptr<Witness> witness;
-    std::atomic<bool> searching{true};
+    std::unique_ptr<Stage> stage;
 };
 
 [[noreturn]] void end(Demo &demo, int status, const std::string &complaint = "") {
@@ -42,13 +47,17 @@ struct Demo {
 }
 
 [[noreturn]] void interrupted(Demo &demo) {
-    const bool searching = demo.searching;
-    const bool stopped = demo.drives.finish(STOP_LIMIT);
-    if (searching)
+    if (ViscaIsCamCanCtrl() != 1)
         end(demo, EXIT_REFUSED, "interrupted while the camera was searched");
-    end(demo, EXIT_REFUSED,
-        stopped ? "interrupted"
-                : "interrupted; the camera did not confirm the stop, the lens may still move");
+    switch (demo.drives.finish(INTERRUPT_LIMITS)) {
+    case Drives::End::clean:
+        end(demo, EXIT_REFUSED, "interrupted");
+    case Drives::End::stopNotConfirmed:
+        end(demo, EXIT_REFUSED, "interrupted; the camera did not confirm the stop, the lens may still move");
+    case Drives::End::inProcedure:
+        end(demo, EXIT_REFUSED, "interrupted; the camera has not come back on, it may be off");
+    }
+    endProcess(EXIT_REFUSED);
 }
 
 sim::Trace traceOf(Demo &demo) {
@@ -71,6 +80,11 @@ sim::Options simulatedCamera(const DemoOptions &options, Demo &demo) {
     return camera;
 }
 
+// A module that is found while it boots would cost 6 s for each thing that start-up wants to know of it.
+void waitUntilOn(const sim::Camera &camera) {
+    camera.waitFor([](const sim::State &state) { return state.power == sim::Power::on; }, BOOT_LIMIT);
+}
+
 void useSimulatedCamera(const DemoOptions &options, Demo &demo) {
     const Clock::time_point began =
         Clock::now(); // the camera's first words come after the line that names it
@@ -79,6 +93,8 @@ void useSimulatedCamera(const DemoOptions &options, Demo &demo) {
                         std::to_string(options.baud) + " bit/s",
                     began);
     demo.firstWords.get_future().wait_for(FIRST_WORDS_LIMIT); // lest they be taken for an answer
+    if (isKova(findModuleType(options.camera).code))
+        waitUntilOn(*demo.camera);
     demo.witness = std::make_unique<SimulatedWitness>(*demo.camera);
     host::MapPort(PORT_NUMBER, demo.camera->path());
 }
@@ -90,16 +106,24 @@ void useCameraAtPort(const DemoOptions &options, Demo &demo) {
     followHost(demo.trace);
 }
 
+void tellStory(Demo &demo, uint32_t moduleType) {
+    demo.stage = std::make_unique<Stage>(demo.trace, demo.drives, *demo.witness, demo.table);
+    Stage &stage = *demo.stage;
+    tellStartUp(stage, moduleType);
+    tellLens(stage);
+    tellImage(stage, moduleType);
+    if (isKova(moduleType))
+        tellKova(stage, moduleType);
+    countCommands(stage);
+}
+
 [[noreturn]] void play(Demo &demo, uint32_t moduleType) {
-    host::SetBoard({moduleType, 0, 0, "BENCH"});
+    host::SetBoard({moduleType, 0, CALLER_WITHOUT_DETECTION, "BENCH"});
     followLog(demo.trace);
     try {
-        Story story(demo.trace, demo.drives, *demo.witness, demo.table);
-        story.startUp(moduleType);
-        demo.searching = false;
-        story.tell();
+        tellStory(demo, moduleType);
     } catch (const StoryOver &over) {
-        demo.drives.finish(STOP_LIMIT);
+        demo.drives.finish(SILENCE_LIMITS);
         end(demo, EXIT_REFUSED, over.what());
     }
     demo.trace.heading("What was asked, and what the camera believes");
@@ -110,6 +134,8 @@ void useCameraAtPort(const DemoOptions &options, Demo &demo) {
 } // namespace
 
 int runDemo(const DemoOptions &options) {
+    if (options.port.empty() && options.camera.empty())
+        return runDemoOfBothFamilies(options);
     const std::string trouble = options.port.empty() ? "" : host::CheckDevice(options.port);
     if (!trouble.empty()) {
         complain(trouble);

@@ -8,8 +8,8 @@
 namespace tool {
 
 struct DemoOptions {
-    std::string camera = "sony1"; /* simulated: name or code */
-    unsigned baud = 38400;        /* that the simulated camera listens at */
+    std::string camera;    /* simulated: name or code; empty, and no port: one of each family in turn */
+    unsigned baud = 38400; /* that the simulated camera listens at */
     uint64_t seed = 1;
     std::vector<std::string> faults;
     std::string port;           /* a real camera's device; empty: simulated */

@@ -2,6 +2,7 @@
 #define VISCACAM_TOOL_DRIVES_H
 
 #include <chrono>
+#include <condition_variable>
 #include <cstdint>
 #include <mutex>
 
@@ -9,7 +10,8 @@ namespace tool {
 
 /*
  * The commands of a program that may be interrupted. A drive moves the lens until a stop is sent, so it is
- * remembered which one runs: whoever ends the program sends the stop first. Any thread.
+ * remembered which one runs: whoever ends the program sends the stop first. A procedure switches the camera
+ * off and on again, so it is not left in the middle. Any thread.
  */
 class Drives {
   public:
@@ -22,24 +24,45 @@ class Drives {
     /* Queue any other command. */
     template <typename Call>
     uint32_t queue(Call call) {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        parkIfOver();
+        std::unique_lock<std::mutex> lock(m_mutex);
+        parkIfOver(lock);
         return call();
     }
+    /* Run a procedure, which may take its time; one at a time, and no drive beside it. Returns its result. */
+    template <typename Call>
+    uint32_t perform(Call call) {
+        beginProcedure();
+        const uint32_t result = call();
+        endProcedure();
+        return result;
+    }
 
+    enum class End {
+        clean,            /* nothing moves because of us any more, as far as can be told */
+        stopNotConfirmed, /* the lens may still move */
+        inProcedure,      /* the camera may be off */
+    };
+    struct Limits {
+        std::chrono::milliseconds stop;
+        std::chrono::milliseconds procedure;
+    };
     /*
-     * No command is queued from now on: a thread that wants to waits for the end of the process. Stops the
-     * drive that runs and waits until the stop has gone out and was answered, at most limit. Returns whether
-     * nothing moves because of us any more, as far as can be told.
+     * No command is queued and no procedure begun from now on: a thread that wants to waits for the end of
+     * the process. Waits for the end of the procedure that runs; stops the drive that runs and waits until
+     * the stop has gone out and was answered.
      */
-    bool finish(std::chrono::milliseconds limit);
+    End finish(const Limits &limits);
 
   private:
-    void parkIfOver();
+    void parkIfOver(std::unique_lock<std::mutex> &lock) const;
+    void beginProcedure();
+    void endProcedure();
 
     std::mutex m_finishing; /* held while the stop is under way */
     std::mutex m_mutex;
+    std::condition_variable m_procedureEnded;
     Command m_brake = nullptr; /* of the drive that runs */
+    bool m_inProcedure = false;
     bool m_over = false;
 };
 

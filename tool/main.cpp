@@ -55,7 +55,7 @@ void addRate(CLI::App &command, unsigned &rate, const std::string &help) {
 
 CLI::App *addDemo(CLI::App &app, DemoOptions &options) {
     CLI::App *demo = app.add_subcommand("demo", "Watch the library drive a camera, a line a packet");
-    demo->add_option("--camera", options.camera, "camera to simulate (default sony1)")
+    demo->add_option("--camera", options.camera, "camera to simulate (default: sony1, then kova2)")
         ->type_name("NAME|CODE")
         ->check(knownCamera());
     addRate(*demo, options.baud, "that it listens at: 9600, 19200 or 38400 (default)");

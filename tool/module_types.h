@@ -3,18 +3,13 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
+
+#include "sim/sim.h"
 
 namespace tool {
 
-/* A camera module that the library can be told to drive. */
-struct ModuleType {
-    const char *name; /* as typed on the command line */
-    uint32_t code;
-};
-
-/* In the order in which a user is shown them. */
-const std::vector<ModuleType> &moduleTypes();
+/* A camera module that the library can be told to drive: there is a simulated one of each. */
+using ModuleType = sim::CameraType;
 
 /* "sony1 (0x02000001)" */
 std::string shown(const ModuleType &type);
@@ -24,6 +19,9 @@ std::string shown(const ModuleType &type);
  * Throws std::invalid_argument; its text lists the known names and codes.
  */
 const ModuleType &findModuleType(const std::string &nameOrCode);
+
+bool isKova(uint32_t moduleType);
+bool isSecondKova(uint32_t moduleType); /* the second generation of them */
 
 } // namespace tool
 

@@ -40,7 +40,7 @@ std::string valueText(const sim::FaultType &fault) {
 int list() {
     std::string text = "cameras:\n";
     for (const sim::CameraType &camera : sim::knownCameras())
-        text += "  " + shown({camera.name.c_str(), camera.code}) + "\n";
+        text += "  " + shown(camera) + "\n";
     text += "faults, as NAME[=VALUE][#COUNT][@START[..END]]:\n";
     for (const sim::FaultType &fault : sim::knownFaults())
         text += "  " + padded(fault.name, 16) + fault.effect + valueText(fault) + "\n";
@@ -68,9 +68,8 @@ std::string greeting(const SimOptions &options, const std::string &path) {
     const sim::CameraType &type = sim::findCamera(options.camera);
     std::array<char, PATH_MAX> device = {};
     const bool resolved = realpath(path.c_str(), device.data()) != nullptr;
-    return shown({type.name.c_str(), type.code}) + " listening at " + std::to_string(options.baud) +
-           " bit/s on " + (resolved ? device.data() : path) +
-           (options.link.empty() ? "" : ", link " + options.link);
+    return shown(type) + " listening at " + std::to_string(options.baud) + " bit/s on " +
+           (resolved ? device.data() : path) + (options.link.empty() ? "" : ", link " + options.link);
 }
 
 /* Lines of standard input, as they come. */

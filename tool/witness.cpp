@@ -1,24 +1,25 @@
 #include "tool/witness.h"
 
+#include <cstring>
+
+#include "host/host.h"
 #include "viscacam.h"
 
 namespace tool {
 
 namespace {
 
-constexpr uint8_t ITEM_DIGITAL_ZOOM = 0x06;
-constexpr uint8_t ITEM_FOCUS_MODE = 0x38;
-constexpr uint8_t ITEM_ZOOM = 0x47;
-constexpr uint8_t ITEM_FOCUS = 0x48;
+constexpr uint8_t ITEM_ABILITY = 0xAB;
+constexpr size_t ABILITY_SIZE = 9; // its first byte is not part of the word
+const Belief NOT_TO_BE_ASKED = {false, std::nullopt};
 
-// One byte, or one nibble in each of four.
-std::optional<unsigned> number(uint8_t item, size_t size) {
-    const std::optional<sim::Bytes> data = inquire(item);
+// Nibbles from the most significant on, one in each byte.
+std::optional<unsigned> number(const std::optional<sim::Bytes> &data, size_t size, size_t first = 0) {
     if (!data || data->size() != size)
         return std::nullopt;
     unsigned value = 0;
-    for (const uint8_t byte : *data)
-        value = value * 16 + byte;
+    for (size_t i = first; i < size; ++i)
+        value = value * 16 + (*data)[i];
     return value;
 }
 
@@ -36,30 +37,52 @@ std::optional<sim::Bytes> inquire(uint8_t item) {
     return sim::Bytes(reply.aucData + 2, reply.aucData + reply.ulLength - 1);
 }
 
-std::optional<unsigned> SimulatedWitness::zoom() {
-    return m_camera.state().zoom;
-}
-std::optional<unsigned> SimulatedWitness::focus() {
-    return m_camera.state().focus;
-}
-std::optional<unsigned> SimulatedWitness::digitalZoom() {
-    return static_cast<unsigned>(m_camera.state().setting("dzoom"));
-}
-std::optional<unsigned> SimulatedWitness::focusMode() {
-    return static_cast<unsigned>(m_camera.state().setting("focusMode"));
+Belief SimulatedWitness::look(const Item &item) {
+    const sim::State state = m_camera.state();
+    if (std::strcmp(item.setting, "zoom") == 0)
+        return {true, state.zoom};
+    if (std::strcmp(item.setting, "focus") == 0)
+        return {true, state.focus};
+    return {true, static_cast<unsigned>(state.setting(item.setting))};
 }
 
-std::optional<unsigned> InquiringWitness::zoom() {
-    return number(ITEM_ZOOM, 4);
+Belief SimulatedWitness::registerValue(uint8_t number) {
+    const sim::State state = m_camera.state();
+    const auto found = state.registers.find(number);
+    return {true, found == state.registers.end() ? 0 : found->second};
 }
-std::optional<unsigned> InquiringWitness::focus() {
-    return number(ITEM_FOCUS, 4);
+
+Belief SimulatedWitness::ability() {
+    return {true, m_camera.state().kova.ability};
 }
-std::optional<unsigned> InquiringWitness::digitalZoom() {
-    return number(ITEM_DIGITAL_ZOOM, 1);
+Belief SimulatedWitness::clock() {
+    return {true, m_camera.state().kova.clock};
 }
-std::optional<unsigned> InquiringWitness::focusMode() {
-    return number(ITEM_FOCUS_MODE, 1);
+unsigned long SimulatedWitness::packets() {
+    return m_camera.state().packetsSeen;
+}
+
+Belief InquiringWitness::look(const Item &item) {
+    if (item.inquiry == NO_INQUIRY)
+        return NOT_TO_BE_ASKED;
+    return {true, number(inquire(item.inquiry), item.size)};
+}
+
+Belief InquiringWitness::registerValue(uint8_t number) {
+    uint8_t value = 0;
+    if (SonyGetRegisterVal(number, &value) != VISCA_SUCCESS)
+        return {};
+    return {true, value};
+}
+
+Belief InquiringWitness::ability() {
+    return {true, number(inquire(ITEM_ABILITY), ABILITY_SIZE, 1)};
+}
+Belief InquiringWitness::clock() {
+    return NOT_TO_BE_ASKED;
+}
+unsigned long InquiringWitness::packets() {
+    return host::GetCounters().ullSends;
 }
 
 } // namespace tool

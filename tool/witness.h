@@ -7,24 +7,42 @@
 
 namespace tool {
 
-/* Says what the camera believes. A value that cannot be had is empty. One thread at a time. */
+/* Something that a camera believes, and how it can be learnt. */
+struct Item {
+    const char *setting; /* name in a simulated camera's state; "zoom" and "focus" are the lens's positions */
+    uint8_t inquiry;     /* 81 09 04 INQUIRY FF asks a camera on a line; NO_INQUIRY: nothing does */
+    size_t size;         /* bytes of the answer, a nibble each */
+};
+constexpr uint8_t NO_INQUIRY = 0xFF;
+
+/* What was learnt. */
+struct Belief {
+    bool asked = true;             /* false: there is no way to ask */
+    std::optional<unsigned> value; /* empty: no answer, or one that cannot be understood */
+};
+
+/* Says what the camera believes. One thread at a time. */
 class Witness {
   public:
     virtual ~Witness() = default;
-    virtual std::optional<unsigned> zoom() = 0;
-    virtual std::optional<unsigned> focus() = 0;
-    virtual std::optional<unsigned> digitalZoom() = 0; /* 2 on, 3 off */
-    virtual std::optional<unsigned> focusMode() = 0;   /* 2 auto, 3 manual */
+    virtual Belief look(const Item &item) = 0;
+    virtual Belief registerValue(uint8_t number) = 0;
+    /* The capability word and the clock of a Kova module. */
+    virtual Belief ability() = 0;
+    virtual Belief clock() = 0;
+    /* Packets that the camera has received, or that were sent to one that does not count. */
+    virtual unsigned long packets() = 0;
 };
 
 /* Looks into a simulated camera. */
 class SimulatedWitness : public Witness {
   public:
     explicit SimulatedWitness(const sim::Camera &camera) : m_camera(camera) {}
-    std::optional<unsigned> zoom() override;
-    std::optional<unsigned> focus() override;
-    std::optional<unsigned> digitalZoom() override;
-    std::optional<unsigned> focusMode() override;
+    Belief look(const Item &item) override;
+    Belief registerValue(uint8_t number) override;
+    Belief ability() override;
+    Belief clock() override;
+    unsigned long packets() override;
 
   private:
     const sim::Camera &m_camera;
@@ -33,10 +51,11 @@ class SimulatedWitness : public Witness {
 /* Asks a camera on a line, through the library. Each look blocks for an answer, at most 6 s. */
 class InquiringWitness : public Witness {
   public:
-    std::optional<unsigned> zoom() override;
-    std::optional<unsigned> focus() override;
-    std::optional<unsigned> digitalZoom() override;
-    std::optional<unsigned> focusMode() override;
+    Belief look(const Item &item) override;
+    Belief registerValue(uint8_t number) override;
+    Belief ability() override;
+    Belief clock() override;
+    unsigned long packets() override;
 };
 
 /* Ask the camera 81 09 04 ITEM FF. Empty when it refused or did not answer; else the answer's data bytes. */

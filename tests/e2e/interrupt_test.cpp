@@ -42,7 +42,7 @@ struct SilencedZoom {
 TEST(Interrupt, ByCtrlCEndsTheSearchForACameraAtOnce) {
     Setting onTerminal;
     onTerminal.terminal = true;
-    Command demo({"demo", "--fault", "mute"}, onTerminal);
+    Command demo({"demo", "--camera", "sony1", "--fault", "mute"}, onTerminal);
     demo.waitFor("AdaptCamComBaudRate fail 1 times, try it after 1 sec");
     demo.type("\x03");
     EXPECT_EQ(demo.finish(), 1);
@@ -51,7 +51,7 @@ TEST(Interrupt, ByCtrlCEndsTheSearchForACameraAtOnce) {
 }
 
 TEST(Interrupt, StopsTheZoomFirst) {
-    Command demo({"demo"});
+    Command demo({"demo", "--camera", "sony1"});
     demo.waitFor("zoom tele, speed 6");
     demo.send(SIGINT);
     EXPECT_EQ(demo.finish(), 1);
@@ -60,12 +60,33 @@ TEST(Interrupt, StopsTheZoomFirst) {
 }
 
 TEST(Interrupt, ByATerminationSignalStopsTheFocusFirst) {
-    Command demo({"demo"});
+    Command demo({"demo", "--camera", "sony1"});
     demo.waitFor("focus far, speed 0");
     demo.send(SIGTERM);
     EXPECT_EQ(demo.finish(), 1);
     EXPECT_EQ(demo.err(), "viscacam: interrupted\n");
     expectLastCommandConfirmed(demo.out(), "> 81 01 04 08 00 FF");
+}
+
+TEST(Interrupt, ByCtrlCEndsTheDemoOfBothFamiliesAndTheStopGoesOutOnce) {
+    Setting onTerminal;
+    onTerminal.terminal = true;
+    Command demo({"demo"}, onTerminal);
+    demo.waitFor("zoom tele, speed 6");
+    demo.type("\x03");
+    EXPECT_EQ(demo.finish(), 1);
+    EXPECT_THAT(demo.out(), HasSubstr("viscacam: interrupted\r\n"));
+    EXPECT_THAT(demo.out(), HasSubstr("completed, socket 1: zoom stop"));
+    EXPECT_THAT(demo.out(), Not(HasSubstr("kova2")));
+}
+
+TEST(Interrupt, ByATerminationSignalIsPassedOnByTheDemoOfBothFamilies) {
+    Command demo({"demo"});
+    demo.waitFor("zoom tele, speed 6");
+    demo.send(SIGTERM);
+    EXPECT_EQ(demo.finish(), 1);
+    EXPECT_EQ(demo.err(), "viscacam: interrupted\n");
+    expectLastCommandConfirmed(demo.out(), "> 81 01 04 07 00 FF");
 }
 
 TEST(Interrupt, SaysWhenTheStopWasNotConfirmed) {

@@ -12,7 +12,7 @@ using ::testing::Not;
 TEST(Search, EndsAfterTwentyAttempts) {
     Setting quick;
     quick.preload = VISCACAM_QUICK_SLEEP;
-    Command demo({"demo", "--fault", "mute"}, quick);
+    Command demo({"demo", "--camera", "sony1", "--fault", "mute"}, quick);
     EXPECT_EQ(demo.finish(), 1);
     EXPECT_EQ(demo.err(), "viscacam: no camera answered in 20 attempts at 9600, 19200 and 38400 bit/s\n");
     EXPECT_THAT(demo.out(), HasSubstr("ERROR  AdaptCamComBaudRate fail 20 times, try it after 1 sec\n"));

@@ -14,7 +14,7 @@ using ::testing::SizeIs;
 namespace {
 
 const char kKnown[] =
-    "known are sony1 (0x02000001), sony3 (0x02000003), sony4 (0x02000004), sony5 (0x02000005)\n";
+    "known are sony1 (0x02000001), sony3 (0x02000003), sony4 (0x02000004), sony5 (0x02000005), kova1 ";
 
 void expectWrongUsage(const std::vector<std::string> &arguments, const std::string &why) {
     Command command(arguments);
@@ -59,6 +59,14 @@ TEST(Usage, AnUnknownModuleTypeIsAnsweredByTheKnownOnes) {
     expectWrongUsage({"demo", "--port", "/dev/null", "--type", "0x02"},
                      "no module type is called \"0x02" + why);
     expectWrongUsage({"demo", "--port", "/dev/null", "--type", ""}, "no module type is called \"" + why);
+}
+
+TEST(Usage, AModuleTypeIsNamedAsASimulatedCameraIsOrByItsCode) {
+    for (const char *type : {"kova2", "0x02012A01", "33630721", "kova-2100"}) {
+        Command demo({"demo", "--port", "/dev/no-such-device", "--type", type});
+        EXPECT_EQ(demo.finish(), 1) << type;
+        EXPECT_EQ(demo.err(), "viscacam: cannot open /dev/no-such-device: no such device\n");
+    }
 }
 
 TEST(Usage, AnUnknownFaultIsAnsweredByTheKnownOnes) {
