@@ -36,6 +36,8 @@ const Row kRows[] = {
     {"VISCA_RetSetZoomFocus", "SONY_RetSetZoomFocus", VISCA_RetSetZoomFocus, "81 01 04 BA FF"},
     {"VISCA_EnableAF", "SONY_EnableAF", [] { return VISCA_EnableAF(1); }, "81 01 04 38 02 FF"},
     {"VISCA_SetFocusMode", "SONY_SetFocusMode", [] { return VISCA_SetFocusMode(7); }, "81 01 04 38 04 FF"},
+    {"VISCA_SetAFType", "SONY_SetAFType", [] { return VISCA_SetAFType(2); }, "81 01 04 57 02 FF"},
+    {"VISCA_EnableIrCurve", "SONY_EnableIrCurve", [] { return VISCA_EnableIrCurve(1); }, "81 01 04 11 01 FF"},
 };
 
 class DispatchTest : public UnitTest {
@@ -127,6 +129,73 @@ TEST_F(DispatchTest, TellsWhetherTheQueueIsEmpty) {
     Host().Forget();
     EXPECT_EQ(1U, VISCA_IsMsgQueueEmpty());
     EXPECT_THAT(Host().Log(), ElementsAre("DEBUG VISCA_IsMsgQueueEmpty: do nothing\n"));
+}
+
+TEST_F(DispatchTest, TheNearLimitIsForwardedForTheFamily) {
+    for (uint32_t type : kInside) {
+        VISCA_SetCamModuleType(type);
+        Host().Forget();
+        EXPECT_EQ(0U, VISCA_SetFocusMinLen(3000)); // for 0x02000001, which the host tells the driver
+        EXPECT_THAT(Host().Commands(), ElementsAre("81 01 04 28 07 00 00 00 FF", "81 01 04 18 01 FF"));
+        EXPECT_EQ("DEBUG SONY_SetMinFocusLen: FUN_ENTRY--param:ulFocusNearLimit[3000]\n",
+                  Host().Log().front());
+    }
+    Host().FailNext(Call::Put);
+    EXPECT_EQ(1U, VISCA_SetFocusMinLen(3000));
+}
+
+TEST_F(DispatchTest, TheNearLimitDoesNothingSilentlyForEveryOtherType) {
+    for (uint32_t type : kOutside) {
+        VISCA_SetCamModuleType(type);
+        EXPECT_EQ(0U, VISCA_SetFocusMinLen(3000));
+    }
+    EXPECT_THAT(Host().Events(), IsEmpty());
+}
+
+TEST_F(DispatchTest, TheVideoNormIsForwardedForTheFamily) {
+    Host().AnswerEveryInquiry("90 50 00 06 FF"); // in the norm already; the other registers are not
+    const VideoNormParam norm = {1920, 1080, 30};
+    for (uint32_t type : kInside) {
+        VISCA_SetCamModuleType(type);
+        Host().Forget();
+        EXPECT_EQ(1U, VISCA_SetVin(nullptr));
+        EXPECT_THAT(Host().Sent(), IsEmpty());
+        Host().Fail(Call::Put, Host().Calls(Call::Put) + 1, kForEver); // no further than the first command
+        EXPECT_EQ(1U, VISCA_SetVin(&norm));
+        ASSERT_FALSE(Host().Sent().empty());
+        EXPECT_EQ("81 09 04 24 72 FF", Host().Sent().front());
+    }
+}
+
+TEST_F(DispatchTest, TheVideoNormDoesNothingForEveryOtherType) {
+    const VideoNormParam norm = {1920, 1080, 30};
+    for (uint32_t type : kOutside) {
+        VISCA_SetCamModuleType(type);
+        Host().Forget();
+        EXPECT_EQ(0U, VISCA_SetVin(&norm));
+        EXPECT_EQ(0U, VISCA_SetVin(nullptr));
+        EXPECT_THAT(Host().Story({Call::Log, Call::Put, Call::Send}),
+                    ElementsAre("DEBUG VISCA_SetVin: do nothing\n", "DEBUG VISCA_SetVin: do nothing\n"));
+    }
+}
+
+TEST_F(DispatchTest, TheIdentityIsAskedForWhateverTheType) {
+    Host().AnswerEveryInquiry("90 50 00 20 04 67 01 23 02 FF");
+    for (uint32_t type : {0x02000001U, 0x02012001U, kUnset, 0U, 0x03000000U}) {
+        VISCA_SetCamModuleType(type);
+        Host().Forget();
+        CameraInfo info = {};
+        EXPECT_EQ(0U, VISCA_GetCamInfo(6, &info));
+        EXPECT_STREQ("SONY ", info.szVendor);
+        EXPECT_STREQ("sony 7500 ", info.szModel);
+        EXPECT_STREQ("123 ", info.szFirmware);
+        EXPECT_THAT(Host().Sent(), ElementsAre("81 09 00 02 FF"));
+        EXPECT_THAT(Host().Log(), SizeIs(1)) << "the driver's entry line alone";
+        EXPECT_EQ(0U, Host().Log().front().find("DEBUG SONY_GetCamInfo: FUN_ENTRY--param:ulChannelID[6] "));
+    }
+    Host().AnswerEveryInquiry("90 60 41 FF");
+    CameraInfo info = {};
+    EXPECT_EQ(1U, VISCA_GetCamInfo(0, &info));
 }
 
 class InitTest : public UnitTest {

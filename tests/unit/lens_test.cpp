@@ -1,4 +1,4 @@
-// Zoom and focus: drive, positions, zoom cut, focus mode, digital zoom.
+// Zoom and focus: drive, positions, zoom cut, focus modes and triggers, infrared correction, digital zoom.
 #include "tests/unit/unit_test.h"
 
 #include <cstdio>
@@ -270,6 +270,40 @@ TEST_F(FocusModeTest, OnlyOneSwitchesDigitalZoomOnAndNothingIsLogged) {
     EXPECT_THAT(Host().Log(), IsEmpty());
 }
 
+TEST_F(FocusModeTest, OnePushFocusesOnce) {
+    EXPECT_EQ(0U, SONY_OnePushTriggerAF());
+    EXPECT_THAT(Host().Commands(), ElementsAre("81 01 04 18 01 FF"));
+    EXPECT_THAT(Host().Log(), ElementsAre(Entry("SONY_OnePushTriggerAF")));
+}
+
+TEST_F(FocusModeTest, TheInfraredCorrectionIsOnOrOff) {
+    EXPECT_EQ(0U, SONY_EnableIrCurve(0));
+    EXPECT_EQ(0U, SONY_EnableIrCurve(1));
+    EXPECT_THAT(Host().Commands(), ElementsAre("81 01 04 11 00 FF", "81 01 04 11 01 FF"));
+    EXPECT_THAT(Host().Log(), ElementsAre(Entry("SONY_EnableIrCurve", "bIrCurve[0]"),
+                                          Entry("SONY_EnableIrCurve", "bIrCurve[1]")));
+}
+
+TEST_F(FocusModeTest, AnyOtherInfraredCorrectionIsRefused) {
+    for (uint32_t value : {2U, 0x100U, 0xFFFFFFFFU}) {
+        Host().Forget();
+        EXPECT_EQ(1U, SONY_EnableIrCurve(value));
+        const std::string argument = "bIrCurve[" + std::to_string(value) + "]";
+        EXPECT_THAT(Host().Story({Call::Log, Call::Put}),
+                    ElementsAre(Entry("SONY_EnableIrCurve", argument),
+                                "WARN SONY_EnableIrCurve: " + argument + " invalid, fail exit\n"));
+    }
+}
+
+TEST_F(FocusModeTest, TheAutoFocusModeIsSentAsOneByteWithoutATest) {
+    for (uint32_t type : {0U, 2U, 0xFEU, 0x1234U}) {
+        EXPECT_EQ(0U, SONY_SetAFType(type));
+    }
+    EXPECT_THAT(Host().Commands(), ElementsAre("81 01 04 57 00 FF", "81 01 04 57 02 FF", "81 01 04 57 FE FF",
+                                               "81 01 04 57 34 FF"));
+    EXPECT_EQ(Entry("SONY_SetAFType", "4660"), Host().Log().back());
+}
+
 TEST_F(FocusModeTest, ACommandThatIsNotQueuedIsReportedInEachFunctionsOwnWords) {
     Host().Fail(Call::Put, 1, kForEver);
     EXPECT_EQ(1U, SONY_EnableAF(1));
@@ -278,6 +312,12 @@ TEST_F(FocusModeTest, ACommandThatIsNotQueuedIsReportedInEachFunctionsOwnWords) 
     EXPECT_EQ("ERROR SONY_SetFocusMode: ViscaEnQueueCmd fail exit\n", Host().Log().back());
     EXPECT_EQ(1U, SonyImgEnableDzoom(1));
     EXPECT_EQ("ERROR SonyImgEnableDzoom: ViscaEnQueueCmd() fail exit\n", Host().Log().back());
+    EXPECT_EQ(1U, SONY_OnePushTriggerAF());
+    EXPECT_EQ("ERROR SONY_OnePushTriggerAF: ViscaEnQueueCmd() fail exit\n", Host().Log().back());
+    EXPECT_EQ(1U, SONY_EnableIrCurve(1));
+    EXPECT_EQ("ERROR SONY_EnableIrCurve: ViscaEnQueueCmd() fail exit\n", Host().Log().back());
+    EXPECT_EQ(1U, SONY_SetAFType(1));
+    EXPECT_EQ("ERROR SONY_SetAFType: ViscaEnQueueCmd fail exit\n", Host().Log().back());
 }
 
 } // namespace

@@ -66,9 +66,14 @@ TEST_F(ReceiverTest, RoutesBySecondByteForAllOfThem) {
         SCOPED_TRACE(Hex(reply));
         EXPECT_EQ(to_results ? Lines{Hex(reply)} : Lines{}, Host().Results());
         EXPECT_EQ(to_answers ? Lines{Hex(reply)} : Lines{}, Host().Answers());
-        EXPECT_EQ(unexpected ? 2U : 1U, Host().CameraLog().size());
+        const bool no_report = type == 0 && socket != 7;
+        EXPECT_EQ(unexpected || no_report ? 2U : 1U, Host().CameraLog().size());
         EXPECT_EQ(unexpected ? 1U : 0U,
                   Host().CountLogged(VISCA_LOG_ERROR, "ViscaDealOneAck", "Unexpected Ack, fail exit\n"));
+        EXPECT_EQ(no_report ? 1U : 0U,
+                  Host().CountLogged(VISCA_LOG_WARN, "KovaDealReport", "Invalid ack, fail exit\n"));
+        EXPECT_EQ(second == 7 ? 1U : 0U,
+                  Host().CountLogged(VISCA_LOG_WARN, "KovaDealReport", "Not support 255 yet\n"));
         EXPECT_EQ(unexpected || type == 0 ? 1U : 0U, Host().Log().size());
         EXPECT_EQ(0U, Host().Unread());
         EXPECT_THAT(Host().Complaints(), IsEmpty());
@@ -99,12 +104,36 @@ TEST_F(ReceiverTest, ASocketlessErrorWithoutCodeAnswersAnInquiry) {
     EXPECT_THAT(PutLines(), ElementsAre("put 3: 90 60 FF"));
 }
 
-TEST_F(ReceiverTest, AStatusReportIsDroppedWithOneWarning) {
+TEST_F(ReceiverTest, AReportIsHandedOnInsideTheCallAndPutNowhere) {
+    static std::vector<uint32_t> reported;
+    reported.clear();
+    gpfnReportZoomStatus = [](uint32_t active) { reported.push_back(active); };
+    Deal("90 07 00 AE 01 FF");
+    Deal("90 07 00 AE 10 FF");
+    gpfnReportZoomStatus = nullptr;
+    EXPECT_THAT(reported, ElementsAre(1U, 0U));
+    EXPECT_THAT(PutLines(), IsEmpty());
+    EXPECT_THAT(Host().Log(), IsEmpty());
+    EXPECT_THAT(Host().CameraLog(),
+                ElementsAre(Dump("0x90 0x07 0x00 0xae 0x01 0xff "), Dump("0x90 0x07 0x00 0xae 0x10 0xff ")));
+}
+
+TEST_F(ReceiverTest, AReportIsHandedOnAsAWholeRecord) {
     Deal("90 03 01 02 FF");
     EXPECT_THAT(PutLines(), IsEmpty());
-    EXPECT_THAT(WarnLines(), SizeIs(1));
-    EXPECT_THAT(Host().Log(), SizeIs(1));
+    EXPECT_THAT(Host().Story({Call::CamLog, Call::Log}),
+                ElementsAre("cam 7/INFO ViscaPrintPkt: " + Dump("0x90 0x03 0x01 0x02 0xff "),
+                            "WARN KovaDealReport: Invalid ack, fail exit\n",
+                            "cam 7/INFO ViscaPrintPkt: " + Dump("0x90 0x03 0x01 0x02 0xff ")));
     EXPECT_EQ(0U, Host().Unread());
+}
+
+TEST_F(ReceiverTest, AReplyBehindAReportIsRouted) {
+    Host().Feed("90 07 00 AF 01 FF 90 50 02 FF");
+    ViscaDealOneAck();
+    EXPECT_EQ(4U, Host().Unread()) << "one call handles one reply";
+    ViscaDealOneAck();
+    EXPECT_THAT(PutLines(), ElementsAre("put 3: 90 50 02 FF"));
 }
 
 TEST_F(ReceiverTest, AnAfDebugMarkIsDroppedWithOneWarning) {
