@@ -119,6 +119,24 @@ void CameraTest::StartLibrary() {
 void CameraTest::Start(const sim::Options &options) {
     PlugIn(options);
     ASSERT_NO_FATAL_FAILURE(StartLibrary());
+    BeginAfresh();
+}
+
+void CameraTest::StartWithoutFiles(const sim::Options &options) {
+    PlugIn(options);
+    const uint32_t type = COMDRV_GetCamModuleType();
+    ASSERT_EQ(ViscaCamComInit(0), 0u);
+    ASSERT_EQ(ViscaStartMsgProc(), 0u);
+    if ((type & 0xFFFFF000) == 0x02012000) {
+        ASSERT_EQ(KovaDetectCamAbility(), 0u);
+    }
+    ASSERT_EQ(SonyInitCamIMG(type), 0u);
+    ASSERT_EQ(SonyInitCamAF(type), 0u);
+    Drain();
+    BeginAfresh();
+}
+
+void CameraTest::BeginAfresh() {
     ASSERT_EQ(ViscaIsCamCanCtrl(), 1u) << "the library did not find the camera";
     // The sender throws an inquiry away, and has nothing more to say about start-up then.
     ASSERT_EQ(Queue("81 09 00"), 0u);
@@ -128,6 +146,20 @@ void CameraTest::Start(const sim::Options &options) {
 
 bool CameraTest::AwaitCamera(const std::function<bool(const sim::State &)> &predicate) const {
     return m_camera->waitFor(predicate, kLimit);
+}
+
+void CameraTest::ExpectSettings(const std::map<std::string, int> &expected) const {
+    const sim::State state = State();
+    for (const auto &[name, value] : expected) {
+        EXPECT_EQ(state.setting(name), value) << name;
+    }
+}
+
+void CameraTest::ExpectNothingRefused() const {
+    for (const auto &[kind, count] : State().sent) {
+        EXPECT_FALSE(StartsWith(kind, "error")) << count << " times " << kind;
+    }
+    EXPECT_EQ(TimeOuts(), 0u);
 }
 
 void CameraTest::Drain() {

@@ -12,6 +12,7 @@
 #ifndef VISCACAM_TESTS_CAMERA_CAMERA_TEST_H
 #define VISCACAM_TESTS_CAMERA_CAMERA_TEST_H
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -54,11 +55,21 @@ class CameraTest : public ::testing::Test {
     void StartLibrary();
     /** PlugIn and StartLibrary; the journal then begins afresh. */
     void Start(const sim::Options &options = sim::Options::fast());
+    /**
+     * As Start(), but a Kova module is not made ready as VISCA_Init does it: its clock, its orientation and
+     * the version files, which all programs of a machine share, are left out. Its capabilities are known.
+     */
+    void StartWithoutFiles(const sim::Options &options);
+    void StartWithoutFiles(const std::string &camera) { StartWithoutFiles(sim::Options::fast(camera)); }
 
     sim::Camera &Camera() { return *m_camera; }
     sim::State State() const { return m_camera->state(); }
     /** Wait for a state of the camera. */
     bool AwaitCamera(const std::function<bool(const sim::State &)> &predicate) const;
+    /** These settings of the camera have these values. */
+    void ExpectSettings(const std::map<std::string, int> &expected) const;
+    /** The camera has obeyed whatever it was told, and in time. */
+    void ExpectNothingRefused() const;
     /** Let the camera send bytes of its own: SendRaw("90 51 FF"). */
     void SendRaw(const std::string &hex) { Camera().sendRaw(Bytes(hex)); }
 
@@ -111,6 +122,9 @@ class CameraTest : public ::testing::Test {
     static uint32_t Zoom();
 
   private:
+    /** The library runs: look whether it found the camera, and begin the journal afresh. */
+    void BeginAfresh();
+
     std::unique_ptr<sim::Camera> m_camera;
     int32_t m_observer = -1;
     size_t m_marks = 0;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <ctime>
 #include <mutex>
+#include <utility>
 
 #include <sys/select.h>
 #include <sys/time.h>
@@ -57,7 +58,12 @@ timeval Hurried(const timeval &time) {
     return hurried;
 }
 
+thread_local std::function<bool(double)> t_pauseHook;
+
 void Pause(double seconds) {
+    if (t_pauseHook && t_pauseHook(seconds)) {
+        return;
+    }
     double left = seconds / Scale();
     while (left > 0) {
         const double part = std::min(left, 0.9); // usleep() need not take a second
@@ -83,6 +89,10 @@ void HurryUntil(const std::string &part, double scale) {
         }
     });
     SetLibraryTimeScale(scale);
+}
+
+void OnPause(std::function<bool(double)> hook) {
+    t_pauseHook = std::move(hook);
 }
 
 double LibrarySeconds() {

@@ -15,6 +15,7 @@
 #ifndef VISCACAM_TESTS_CAMERA_SCALED_CLOCK_H
 #define VISCACAM_TESTS_CAMERA_SCALED_CLOCK_H
 
+#include <functional>
 #include <string>
 
 namespace camera {
@@ -25,6 +26,13 @@ void SetLibraryTimeScale(double scale);
 
 /** Hurry until the journal's host side gets a step that contains this text. */
 void HurryUntil(const std::string &part, double scale = 20);
+
+/**
+ * Called at every pause (sleep, usleep) that the library makes in the calling thread, with its seconds. True
+ * takes the place of the pause, after false the library pauses as usual. So a test waits for what the camera
+ * does in a pause, which no machine is too slow for. Empty: no longer called.
+ */
+void OnPause(std::function<bool(double)> hook);
 
 /** Seconds of the library's monotonic clock. */
 double LibrarySeconds();
