@@ -1,6 +1,7 @@
 # The library: compiled once, packed as a shared and as a static library. No C++ runtime at load time: no exceptions, no RTTI, no
 # guards around local statics, and the shared library is linked by the C compiler, so that libc is all it needs.
 set(VISCACAM_SOURCES
+    visca_que/af_debug.cpp
     visca_que/command.cpp
     visca_que/inquiry.cpp
     visca_que/log.cpp
@@ -8,6 +9,7 @@ set(VISCACAM_SOURCES
     visca_que/port.cpp
     visca_que/receiver.cpp
     visca_que/sender.cpp
+    visca_que/thread.cpp
     visca_que/wait.cpp
     visca_sony_ctrl/image/day_night.cpp
     visca_sony_ctrl/image/defog.cpp
@@ -24,12 +26,15 @@ set(VISCACAM_SOURCES
     visca_sony_ctrl/kova/dome.cpp
     visca_sony_ctrl/kova/focus_trigger.cpp
     visca_sony_ctrl/kova/image_detect.cpp
+    visca_sony_ctrl/kova/log_export.cpp
     visca_sony_ctrl/kova/module_info.cpp
     visca_sony_ctrl/kova/orientation.cpp
     visca_sony_ctrl/kova/package_version.cpp
     visca_sony_ctrl/kova/power_cycle.cpp
     visca_sony_ctrl/kova/report.cpp
     visca_sony_ctrl/kova/sensor.cpp
+    visca_sony_ctrl/kova/transfer.cpp
+    visca_sony_ctrl/kova/upgrade.cpp
     visca_sony_ctrl/kova/version.cpp
     visca_sony_ctrl/kova/version_files.cpp
     visca_sony_ctrl/lens/focus_mode.cpp

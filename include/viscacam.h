@@ -151,6 +151,10 @@ typedef void (*ViscaStatusCallback)(uint32_t ulActive);
  */
 typedef void (*ViscaReconfigCallback)(void);
 
+/** Told on the upgrade's thread how it went: 0 the module runs the new files, or needed none; 1 failed.
+ * Called once for each upgrade that was started. */
+typedef void (*KovaUpgradeCallback)(uint32_t ulResult);
+
 /** @name Exported globals
  * Words that the library and the host share without a lock.
  * @{ */
@@ -160,6 +164,10 @@ typedef void (*ViscaReconfigCallback)(void);
 extern VISCACAM_API ViscaStatusCallback gpfnReportZoomStatus;
 extern VISCACAM_API ViscaStatusCallback gpfnReportFocusStatus;      /**< see gpfnReportZoomStatus */
 extern VISCACAM_API ViscaReconfigCallback gpfnReconfigKovaImgParam; /**< see gpfnReportZoomStatus */
+
+/** The files of the upgrade that was started, a bit each: 0 uImage, 1 program, 10 patch; 0 when none was. Set
+ * by KOVA_UpdateKova(); the host clears it before a further upgrade. */
+extern VISCACAM_API uint32_t gulUpdateFileforKova;
 
 /** Requests held back during the Kova module's image detection. Written by the library. */
 extern VISCACAM_API ImgDetectParam gstImgDetectParam;
@@ -458,6 +466,8 @@ VISCACAM_API uint32_t VISCA_KOVA_GetExtVer(char *pcExtVer);
 /** Test the module's capabilities. @param ulMask bits @return 1 when all are set, else 0; 0 for another
  * module */
 VISCACAM_API uint32_t VISCA_KOVA_HasCamAbility(uint32_t ulMask);
+/** Let the module save its log. @return 0, or 1 when the packet could not be written */
+VISCACAM_API uint32_t VISCA_KOVA_Savelog(void);
 /** @} */
 
 /** @name The link: packets and the command queue @{ */
@@ -589,6 +599,16 @@ VISCACAM_API void ViscaDealOneAck(void);
  * @return 0 answered, or timed out; 1 refused, not sent, or answered by an error
  */
 VISCACAM_API uint32_t ViscaInquiry(ViscaPkt *pstPkt, ViscaPkt *pstReply) VISCACAM_NONNULL(1, 2);
+
+/** Start the thread that follows /tmp/testaf.txt and sends its new lines to a Kova module as AF debug
+ * packets. Start-up calls it.
+ * @return 0, or 1 when it did not start */
+VISCACAM_API uint32_t AF_Debug_Init(void);
+/** Body of the AF debug thread. Never returns. @param pArg not used */
+VISCACAM_API void *AF_Debug(void *pArg);
+/** Read and log an AF debug answer, whose mark 0x66 has been read. For the receiver thread. Blocks for 1 s at
+ * most between two bytes. */
+VISCACAM_API void AF_DebugAck(void);
 /** @} */
 
 /** @name Driver: start-up @{ */
@@ -913,6 +933,32 @@ VISCACAM_API uint32_t KOVA_SetStatusCallback(
     uint32_t ulSigType, ViscaStatusCallback fCallBack); /**< see VISCA_KOVA_SetSigCallback() */
 /** Set gpfnReconfigKovaImgParam. @param fCallBack NULL for none */
 VISCACAM_API void KOVA_SetRecfgImgParamCallback(ViscaReconfigCallback fCallBack);
+/**
+ * Upgrade the module from the package under /tmp/update: the patch alone when there is one, else the files
+ * whose versions differ from the module's. Asks the module for its versions (up to 6 s for each inquiry that
+ * is not answered), then returns; a thread does the rest, and owns the line meanwhile: commands and inquiries
+ * are refused until the files are sent.
+ * @param fCallBack told the result; not NULL
+ * @return 0 started, or an upgrade was started before (gulUpdateFileforKova is not 0); 1 for NULL, when a
+ * version cannot be read, and when the thread does not start (the callback is then called with 1)
+ */
+VISCACAM_API uint32_t KOVA_UpdateKova(KovaUpgradeCallback fCallBack);
+/** Body of the upgrade's thread. @param pCallBack the KovaUpgradeCallback @return NULL */
+VISCACAM_API void *KovaUpgradeThread(void *pCallBack) VISCACAM_NONNULL(1);
+/** The module's upgrade state, also while an upgrade owns the line. @return 3 under way, 4 done, 5 failed,
+ * other values as the module sends them; 1 when the inquiry was refused or failed */
+VISCACAM_API uint32_t KovaGetStatus(void);
+/**
+ * Fetch the module's log into /tmp/kova.tgz through the board's xmodem program. Blocks until it is there: up
+ * to 10 s for queued commands, then as long as the program runs, and behind other exports. Commands and
+ * inquiries are refused meanwhile.
+ * @param ulArg what the module is to send; the low 8 bits count
+ * @return 0 when the program has run, whatever came of it; 1 when queued commands did not go out, or the
+ * packet could not be written
+ */
+VISCACAM_API uint32_t KOVA_ExportLog(uint32_t ulArg);
+VISCACAM_API uint32_t KOVA_SaveLog(void); /**< see VISCA_KOVA_Savelog() */
+
 /** Handle one report of the module. For the receiver thread. @param pstReport the report */
 VISCACAM_API void KovaDealReport(const ViscaPkt *pstReport) VISCACAM_NONNULL(1);
 /** @} */

@@ -263,3 +263,7 @@ uint32_t VISCA_KOVA_GetExtVer(char *pcExtVer) {
 uint32_t VISCA_KOVA_HasCamAbility(uint32_t ulMask) {
     return IsKovaModule() ? KOVA_HasCamAbility(ulMask) : DoNothing(__func__, VISCA_SUCCESS);
 }
+
+uint32_t VISCA_KOVA_Savelog(void) {
+    return IsKovaModule() ? KOVA_SaveLog() : DoNothing(__func__, VISCA_SUCCESS);
+}

@@ -24,7 +24,6 @@ using namespace viscacam;
 namespace {
 
 constexpr uint32_t RECEIVER_WAIT_MS = 6000;
-constexpr int64_t BYTE_GAP_US = 1000000; // a longer silence inside a reply means that its end was lost
 constexpr uint32_t REPLY_MIN = 3;
 constexpr uint32_t THREAD_TYPE_RECEIVER = 3;
 constexpr uint8_t REPLY_START = 0x90;    // an answer of camera 1
@@ -43,22 +42,6 @@ enum CollectResult { COLLECT_REPLY, COLLECT_REJECT, COLLECT_STOOD_ASIDE };
 
 bool ReadByte(int32_t iFd, uint8_t *pucByte) {
     return read(iFd, pucByte, 1) == 1;
-}
-
-// Wait for the next byte of a reply. False after more than 1 s of silence by the monotonic clock; a wait that
-// ends early is taken up again. Where waiting is not possible the read decides.
-bool WaitForNextByte(int32_t iFd) {
-    const int64_t llStart = MonotonicUs();
-    int64_t llGap = 0;
-    while (llGap <= BYTE_GAP_US) {
-        const uint32_t ulLeftMs = static_cast<uint32_t>((BYTE_GAP_US - llGap) / 1000 + 1);
-        const WaitResult enWait = WaitReadable(iFd, ulLeftMs);
-        if (enWait == WAIT_READABLE || enWait == WAIT_FAILED) {
-            return true;
-        }
-        llGap = MonotonicUs() - llStart;
-    }
-    return false;
 }
 
 CollectResult StandAside(const ViscaPkt *pstReply) {
@@ -122,10 +105,6 @@ void RouteError(const ViscaPkt *pstReply) {
     }
 }
 
-void DealAfDebugAnswer() {
-    LOG_WARN_AS(DEAL_ONE_ACK, "No AF debug channel, byte 0x66 dropped\n");
-}
-
 void RouteReply(const ViscaPkt *pstReply) {
     switch (pstReply->aucData[1] >> 4U) {
     case 0x0:
@@ -179,7 +158,7 @@ PassResult DealOneAck(int32_t iFd) {
             return PASS_HANDLED;
         }
         if (ucByte == AF_DEBUG_START) {
-            DealAfDebugAnswer();
+            AF_DebugAck(); // reads the rest
             return PASS_HANDLED;
         }
         LOG_WARN_AS(DEAL_ONE_ACK, "unexpected byte[0x%x]\n", ucByte);

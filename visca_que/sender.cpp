@@ -4,7 +4,6 @@
 // completions and errors, and drops it. A result that arrives later than that stays queued and would release
 // the next command at once, and every command after it: results that are left over are therefore dropped
 // before a command is written.
-#include <pthread.h>
 #include <string.h>
 #include <sys/prctl.h>
 #include <sys/syscall.h>
@@ -12,6 +11,7 @@
 
 #include "visca_que/command.h"
 #include "visca_que/log.h"
+#include "visca_que/thread.h"
 #include "visca_que/wait.h"
 #include "viscacam.h"
 
@@ -93,25 +93,16 @@ void ServeQueue(int32_t iQueueFd, GrowingPause *pstPause) {
     }
 }
 
-int StartDetached(void *(*pfnBody)(void *)) {
-    pthread_t stThread;
-    const int iRet = pthread_create(&stThread, nullptr, pfnBody, nullptr);
-    if (iRet == 0) {
-        (void)pthread_detach(stThread);
-    }
-    return iRet;
-}
-
 } // namespace
 
 uint32_t ViscaStartMsgProc(void) {
     LOG_DEBUG("FUN_ENTRY--param:\n");
-    int iRet = StartDetached(ViscaQueueMsgProc);
+    int iRet = StartDetached(ViscaQueueMsgProc, nullptr);
     if (iRet != 0) {
         LOG_ERROR("create Queue Msg Proc fail exit Ret[%ld]\n", SL(iRet));
         return VISCA_FAILURE;
     }
-    iRet = StartDetached(ViscaAckMsgProc);
+    iRet = StartDetached(ViscaAckMsgProc, nullptr);
     if (iRet != 0) {
         LOG_ERROR("create Ack Msg Proc fail exit Ret[%ld]\n", SL(iRet));
         return VISCA_FAILURE;

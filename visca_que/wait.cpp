@@ -48,6 +48,21 @@ void SleepMs(uint32_t ulMilliseconds) {
     }
 }
 
+bool WaitForNextByte(int32_t iFd) {
+    constexpr int64_t BYTE_GAP_US = 1000000;
+    const int64_t llStart = MonotonicUs();
+    int64_t llGap = 0;
+    while (llGap <= BYTE_GAP_US) {
+        const uint32_t ulLeftMs = static_cast<uint32_t>((BYTE_GAP_US - llGap) / 1000 + 1);
+        const WaitResult enWait = WaitReadable(iFd, ulLeftMs);
+        if (enWait == WAIT_READABLE || enWait == WAIT_FAILED) {
+            return true;
+        }
+        llGap = MonotonicUs() - llStart;
+    }
+    return false;
+}
+
 void PauseAndGrow(GrowingPause *pstPause) {
     constexpr uint32_t ulGrowth = 10;
     SleepMs(pstPause->ulNextMs);

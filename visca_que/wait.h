@@ -16,6 +16,11 @@ enum WaitResult {
 // Wait until a descriptor is readable, for at most ulMilliseconds.
 WaitResult WaitReadable(int32_t iFd, uint32_t ulMilliseconds);
 
+// Wait for the next byte of an answer that is under way. False after more than 1 s of silence by the
+// monotonic clock, which means that its end was lost; a wait that ends early is taken up again. Where waiting
+// is not possible: true, and the read decides.
+bool WaitForNextByte(int32_t iFd);
+
 // The monotonic clock.
 int64_t MonotonicUs();
 

@@ -61,7 +61,13 @@ uint32_t SonyInitCamAF(uint32_t ulCamModType) {
     const bool bKnown = IsKnownSonyBlock(ulCamModType);
     WordSet(g_ulZoomSpeed, bKnown ? 6 : 5);
     WordSet(g_ulFocusSpeed, 0);
-    return bKnown ? SwitchDzoomOff(__func__) : VISCA_SUCCESS;
+    if (bKnown) {
+        return SwitchDzoomOff(__func__);
+    }
+    if (IsKova(ulCamModType)) {
+        (void)AF_Debug_Init();
+    }
+    return VISCA_SUCCESS;
 }
 
 uint32_t SonyRestoreCamEnv(uint32_t ulCamModType) {
