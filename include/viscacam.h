@@ -940,7 +940,9 @@ VISCACAM_API void KOVA_SetRecfgImgParamCallback(ViscaReconfigCallback fCallBack)
  * are refused until the files are sent.
  * @param fCallBack told the result; not NULL
  * @return 0 started, or an upgrade was started before (gulUpdateFileforKova is not 0); 1 for NULL, when a
- * version cannot be read, and when the thread does not start (the callback is then called with 1)
+ * version cannot be read, and when the thread does not start (the callback is then called with 1). When the
+ * start packet could not be written the updating flag stays raised: the host lowers it
+ * (ViscaMarkUpdatingCam(0)) before it tries again
  */
 VISCACAM_API uint32_t KOVA_UpdateKova(KovaUpgradeCallback fCallBack);
 /** Body of the upgrade's thread. @param pCallBack the KovaUpgradeCallback @return NULL */

@@ -123,9 +123,13 @@ void SendPacket(AfPacket *pstPacket) {
                           reinterpret_cast<const uint8_t *>(pstPacket->acByte));
 }
 
-// Read a piece of an answer, a gap of 1 s at most before it. 0 when nothing came.
+// Read a piece of an answer, a gap of 1 s at most before it. 0 when nothing came, or when the line got a new
+// owner meanwhile, to whom the bytes belong.
 uint32_t ReadPiece(int32_t iFd, uint8_t *pucData, uint32_t ulLength) {
-    const ssize_t lRead = WaitForNextByte(iFd) ? read(iFd, pucData, ulLength) : 0;
+    if (!WaitForNextByte(iFd) || ViscaIsCamComBusy() == 1) {
+        return 0;
+    }
+    const ssize_t lRead = read(iFd, pucData, ulLength);
     return lRead > 0 ? static_cast<uint32_t>(lRead) : 0;
 }
 

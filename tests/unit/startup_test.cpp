@@ -120,6 +120,36 @@ TEST_F(StartupTest, EveryOtherTypeGetsSpeedFiveAndNoCommand) {
     }
 }
 
+TEST_F(StartupTest, OnlyKovaModulesGetTheAutoFocusTuningThread) {
+    for (uint32_t type : {0x02000001U, 0x02000002U, 0x02011FFFU, 0x02013000U, 0x12012001U, kUnset}) {
+        EXPECT_EQ(0U, SonyInitCamAF(type));
+        EXPECT_THAT(Clib().ThreadStarts(), IsEmpty()) << std::hex << type;
+    }
+    size_t started = 0;
+    for (uint32_t type : {0x02012000U, 0x02012200U, 0x02012A01U, 0x02012FFFU}) {
+        EXPECT_EQ(0U, SonyInitCamAF(type));
+        ASSERT_THAT(Clib().ThreadStarts(), SizeIs(++started)) << std::hex << type;
+        EXPECT_EQ(AF_Debug, Clib().ThreadStarts().back().body);
+    }
+}
+
+TEST_F(StartupTest, ATuningThreadThatCannotBeStartedStopsNothing) {
+    Host().Fail(Call::ThreadCreate);
+    EXPECT_EQ(0U, SonyInitCamAF(0x02012001));
+    EXPECT_EQ("ERROR AF_Debug_Init: Create Thread for AF_Debug_Init Failed\n", Host().Log().back());
+    EXPECT_EQ(5U, ZoomSpeed());
+}
+
+TEST_F(StartupTest, AKovaModulesStartUpEndsWithTheTuningThread) {
+    CameraOnTheLine();
+    Host().SetModuleType(0x02012A01);
+    Host().AnswerEveryInquiry("90 60 41 FF");
+    EXPECT_EQ(0U, SONY_Init(0));
+    ASSERT_THAT(Clib().ThreadStarts(), SizeIs(3));
+    EXPECT_EQ(AF_Debug, Clib().ThreadStarts().back().body);
+    EXPECT_EQ(5U, ZoomSpeed());
+}
+
 TEST_F(StartupTest, DigitalZoomThatIsNotQueuedFailsTheStepWhenTheSpeedsAreSet) {
     SonyInitCamAF(0x02000002);
     Host().FailNext(Call::Put);

@@ -134,9 +134,10 @@ TEST_F(KovaStartupTest, TheEnvironmentForgetsTheImageSettingsAfterThemAndSetsThe
     const Lines log = Host().Log();
     EXPECT_EQ("DEBUG SonyInitCamEnv: FUN_ENTRY--param:\n", log.at(0));
     EXPECT_EQ("DEBUG SonyInitCamMisc: FUN_ENTRY--param:\n", log.at(1));
-    ASSERT_GE(log.size(), 4U);
-    EXPECT_THAT(Lines(log.end() - 2, log.end()), ElementsAre("DEBUG SonyInitCamIMG: FUN_ENTRY--param:\n",
-                                                             "DEBUG SonyInitVar4IMG: FUN_ENTRY--param:\n"));
+    ASSERT_GE(log.size(), 5U);
+    EXPECT_THAT(Lines(log.end() - 3, log.end()), ElementsAre("DEBUG SonyInitCamIMG: FUN_ENTRY--param:\n",
+                                                             "DEBUG SonyInitVar4IMG: FUN_ENTRY--param:\n",
+                                                             "DEBUG AF_Debug_Init: FUN_ENTRY--param:\n"));
     SONY_ZoomIn();
     EXPECT_EQ("81 01 04 07 25 FF", Host().Commands().back());
 }
