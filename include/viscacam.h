@@ -15,7 +15,10 @@
  *
  * Waiting. Commands never wait for the line. Inquiries block their caller until the answer is there, at most
  * 6 s beyond the inquiries of other threads that are in front; an inquiry that times out is a success whose
- * value reads as zero.
+ * value reads as zero. An answer that comes after its time-out is taken by the next inquiry as its own, and
+ * every later one is shifted until the host empties VISCA_INQUIRY_RESULT_QUEUE_ID or an answer is lost. What
+ * is still queued when the process ends is lost: wait with ViscaWaitCmdQueueEmpty(); empty means taken, not
+ * yet obeyed.
  *
  * Threads. Every function may be called from any thread after VISCA_Init() has returned, unless its comment
  * says otherwise. The image calls (exposure, white balance, picture, day/night, defog, and VISCA_SetVin(),
@@ -87,17 +90,17 @@ typedef struct {
     uint32_t ulReserved6;    /**< not read */
     uint32_t ulSlowShutter;  /**< one bound of the shutter range, N of 1/N s */
     uint32_t ulFastShutter;  /**< the other bound */
-    uint32_t ulMaxGain;      /**< upper bound of the gain range */
-    uint32_t ulMinGain;      /**< lower bound of the gain range */
+    uint32_t ulMaxGain;      /**< upper bound of the gain range, 0 to 100 */
+    uint32_t ulMinGain;      /**< lower bound of the gain range, 0 to 100 */
     uint32_t bIsAutoSlowShutter; /**< 1 on, 0 off */
-    uint32_t ulMaxSlowShutter;   /**< limit of the automatic slow shutter */
+    uint32_t ulMaxSlowShutter;   /**< limit of the automatic slow shutter, N of 1/N s */
     uint32_t ulWdr;              /**< wide dynamic range: 0 off, 1 on, 2 automatic */
     uint32_t ulWdrLevel;         /**< 0 to 9 */
     uint32_t ulMeteringMode;     /**< 0 average, 1 spot, 2 a further mode of the Kova module */
-    uint32_t TopX;               /**< spot rectangle, hundredths of the picture */
-    uint32_t TopY;               /**< spot rectangle, hundredths of the picture */
-    uint32_t BotX;               /**< spot rectangle, hundredths of the picture */
-    uint32_t BotY;               /**< spot rectangle, hundredths of the picture */
+    uint32_t TopX;               /**< spot rectangle, 0 to 100 hundredths of the picture */
+    uint32_t TopY;               /**< spot rectangle, 0 to 100 hundredths of the picture */
+    uint32_t BotX;               /**< spot rectangle, 0 to 100 hundredths of the picture */
+    uint32_t BotY;               /**< spot rectangle, 0 to 100 hundredths of the picture */
     uint32_t ulBlackWhiteMode;   /**< 0 leave as it is, 1 colour, 2 black-and-white; Sony blocks only */
     uint32_t ulReserved21;       /**< not read */
 } ExposureParam;
@@ -185,8 +188,8 @@ extern VISCACAM_API ImgDetectParam gstImgDetectParam;
  * and a quarter when there is none. On a Kova module it then asks for capabilities and versions (up to 6 s
  * for each inquiry that is not answered) and sets the orientation, which may take a power cycle: 4 s, and
  * without a bound while the module stays off. A port that cannot be opened and a camera that does not answer
- * are logged and are no failure. For a module outside the Sony family only port 0 is opened and probed,
- * whatever the argument, and the result is 0.
+ * are logged and are no failure; ViscaIsCamCanCtrl() then is not 1. For a module outside the Sony family only
+ * port 0 is opened and probed, whatever the argument, and the result is 0.
  * @param ulComPort port number of the host's serial service
  * @return 0; 1 when the threads could not be started
  */
@@ -195,7 +198,9 @@ VISCACAM_API uint32_t VISCA_Init(uint32_t ulComPort);
 /**
  * Tell the public layer which module is attached. Call before VISCA_Init() and before other threads use the
  * library.
- * @param ulCamModType type code, e.g. 0x02000001; 0xFFFFFFFF (also the value at load) means unset
+ * @param ulCamModType type code, the same that the host's COMDRV_GetCamModuleType() answers: 0x02000001,
+ * 0x02000003, 0x02000004 and 0x02000005 are Sony blocks, 0x02012000 to 0x02012FFF Kova modules, of which
+ * 0x02012A00 to 0x02012AFF are the second generation; 0xFFFFFFFF (also the value at load) means unset
  * @return 0
  */
 VISCACAM_API uint32_t VISCA_SetCamModuleType(uint32_t ulCamModType);
@@ -342,8 +347,8 @@ VISCACAM_API uint32_t VISCA_FocusStop(void);
 
 /**
  * Read the zoom position. Blocks for the answer, at most 6 s.
- * @param psZoom receives the position, 0 (wide) to 0xFFFF in the camera's units; 0 when the camera did not
- * answer
+ * @param psZoom receives the position in the camera's units, 0 wide, 16 bits (a damaged answer can give
+ * more); 0 when the camera did not answer
  * @return 0; 1 when the inquiry was refused or failed; 2 when psZoom is NULL, whatever the module
  */
 VISCACAM_API uint32_t VISCA_GetZoomPos(uint32_t *psZoom);
@@ -448,9 +453,9 @@ VISCACAM_API uint32_t VISCA_KOVA_GetSensorBoardVerType(uint32_t *pulVer, uint32_
 /** The same of the motor board. */
 VISCACAM_API uint32_t VISCA_KOVA_GetMotorBoardVerType(uint32_t *pulVer, uint32_t *pulType)
     VISCACAM_NONNULL(1, 2);
-/** Read the temperature. @param ulChannelID logged only @param plTemperature receives degrees, -127 to 128;
- * -127 when the module did not answer @return 0; 1 when the inquiry was refused or failed, the output then
- * stays */
+/** Read the temperature. @param ulChannelID logged only @param plTemperature receives degrees Celsius, -127
+ * to 128; -127 when the module did not answer @return 0; 1 when the inquiry was refused or failed, the output
+ * then stays */
 VISCACAM_API uint32_t VISCA_KOVA_GetTemperature(uint32_t ulChannelID, int32_t *plTemperature)
     VISCACAM_NONNULL(2);
 /** Switch the IR cut filter. @param bIsEnable 1 on, any other value off @return 0, or 1 when it was not

@@ -80,7 +80,7 @@ uint32_t QUEUE_PutRawData(uint32_t ulType, uint32_t ulQueueId, const void *pData
  * Take the oldest element. Never blocks.
  * @param ulQueueId queue number
  * @param ppElem    receives a pointer to the element's 20 bytes, which stays the queue's and valid until the
- * next take from that queue
+ * next take from that queue; the library has one taker at a time for each queue
  * @return 0; non-zero at once when the queue is empty
  */
 uint32_t QUEUE_GetSerialData(uint32_t ulQueueId, void **ppElem);
@@ -110,8 +110,8 @@ uint32_t QUEUE_GetQueueReadFd(uint32_t ulType, uint32_t ulQueueId, int32_t *piFd
 /**
  * Open a serial port.
  * @param ulComPort port number; the host knows which device it is
- * @param piFd      receives a blocking descriptor, below FD_SETSIZE, that the library reads, selects and
- * probes with
+ * @param piFd      receives a blocking descriptor, below FD_SETSIZE, that the library reads and selects;
+ * while it searches the camera it makes it non-blocking. -1 or left alone on failure
  * @return 0, or non-zero when the port cannot be opened
  */
 uint32_t DRV_OpenCom(uint32_t ulComPort, int32_t *piFd);
@@ -157,7 +157,8 @@ void DRV_Common_Print_Cam(uint32_t ulLevel, const char *pcFormat, ...) VISCACAM_
 
 /** @name System services @{ */
 
-/** The type code of the attached camera module. May be asked at any time and must be cheap. */
+/** The type code of the attached camera module, the same that the host gives VISCA_SetCamModuleType(). May be
+ * asked at any time and must be cheap. */
 uint32_t COMDRV_GetCamModuleType(void);
 
 /** The product's sub-type; 0x1001 is the product whose module is mounted upside down. */

@@ -72,7 +72,8 @@ CLI::App *addDemo(CLI::App &app, DemoOptions &options) {
     demo->get_option("--type")->needs(demo->get_option("--port"));
     demo->footer(
         "Exit status: 0 when the camera believes all that was asked, 1 when not or when there is none,\n"
-        "2 for wrong usage. Ctrl-C stops the lens before it ends the demo.\n\n"
+        "2 for wrong usage. Ctrl-C stops a zoom or focus drive first. The settings made stay in the "
+        "camera.\n\n"
         "Example: viscacam demo --port /dev/ttyUSB0 --type sony4");
     return demo;
 }
