@@ -1,14 +1,12 @@
 // Tuning of the Kova module's auto-focus from a text file. A thread follows the file and sends every new line
 // as one packet of its own kind: 81 66 66 66, length, text, without a terminator. The module answers in kind:
 // 66, length, text.
-#include <fcntl.h>
 #include <stdio.h>
 #include <string.h>
 #include <sys/prctl.h>
 #include <unistd.h>
 
 #include "visca_que/log.h"
-#include "visca_que/shared_word.h"
 #include "visca_que/thread.h"
 #include "visca_que/wait.h"
 #include "viscacam.h"

@@ -1,8 +1,6 @@
 // The dome type: a second-generation module is told in which housing it sits, which the device model says.
 #include <string.h>
 
-#include "visca_que/command.h"
-#include "visca_que/log.h"
 #include "visca_sony_ctrl/setting.h"
 #include "viscacam.h"
 
@@ -13,8 +11,7 @@ namespace {
 // "ITC" before "IT", which it contains, and "WH" before "IR".
 uint8_t DomeType(const char *pcModel) {
     const bool bItc = strstr(pcModel, "ITC") != nullptr;
-    const bool bIt = !bItc && strstr(pcModel, "IT") != nullptr;
-    if (!bItc && !bIt) {
+    if (!bItc && strstr(pcModel, "IT") == nullptr) {
         return 0;
     }
     if (strstr(pcModel, "WH") != nullptr) {
