@@ -38,10 +38,14 @@
 extern "C" {
 #endif
 
+/** Version of the release, first number. */
 #define VISCACAM_VERSION_MAJOR 0
+/** Version of the release, second number. */
 #define VISCACAM_VERSION_MINOR 1
+/** Version of the release, third number. */
 #define VISCACAM_VERSION_PATCH 0
 
+/** @cond */
 #if defined(__GNUC__)
 #    define VISCACAM_API          __attribute__((visibility("default")))
 #    define VISCACAM_NONNULL(...) __attribute__((nonnull(__VA_ARGS__)))
@@ -49,8 +53,10 @@ extern "C" {
 #    define VISCACAM_API
 #    define VISCACAM_NONNULL(...)
 #endif
+/** @endcond */
 
-/** @name Result codes @{ */
+/** @name Result codes
+ * @{ */
 #define VISCA_SUCCESS      0U /**< done, or queued */
 #define VISCA_FAILURE      1U /**< refused or failed; the log says why */
 #define VISCA_NULL_POINTER 2U /**< a pointer argument was NULL */
@@ -72,9 +78,9 @@ typedef struct {
 
 /** Identity of the camera, 96 bytes; NUL-terminated texts. */
 typedef struct {
-    char szVendor[32];
-    char szModel[32];
-    char szFirmware[32];
+    char szVendor[32];   /**< maker */
+    char szModel[32];    /**< model */
+    char szFirmware[32]; /**< firmware version, hexadecimal */
 } CameraInfo;
 
 /** What a host wants of the exposure: 22 words, 88 bytes. */
@@ -117,12 +123,12 @@ typedef struct {
 typedef struct {
     uint32_t ulBrightness; /**< Kova modules only */
     uint32_t ulContrast;   /**< Kova modules only */
-    uint32_t ulSaturation;
-    uint32_t ulReserved3; /**< not read */
-    uint32_t ulReserved4; /**< not read */
-    uint32_t ulSharpness;
-    uint32_t ulDenoise2D; /**< Kova modules only */
-    uint32_t ulDenoise3D;
+    uint32_t ulSaturation; /**< colour */
+    uint32_t ulReserved3;  /**< not read */
+    uint32_t ulReserved4;  /**< not read */
+    uint32_t ulSharpness;  /**< edges */
+    uint32_t ulDenoise2D;  /**< Kova modules only */
+    uint32_t ulDenoise3D;  /**< noise reduction over several pictures */
 } ImageEnhanceParam;
 
 /** Settings that were asked for while the Kova module's image detection runs, kept until it ends. 16 bytes.
@@ -130,8 +136,8 @@ typedef struct {
 typedef struct {
     int32_t lBlackWhiteMode; /**< day/night mode, -1 for none */
     int32_t lWbMode;         /**< white-balance mode, -1 for none */
-    int32_t lBlueOffset;
-    int32_t lRedOffset;
+    int32_t lBlueOffset;     /**< blue offset, where lWbMode is not -1 */
+    int32_t lRedOffset;      /**< red offset, where lWbMode is not -1 */
 } ImgDetectParam;
 
 /** A message of the host. aucMsgData is as long as the host makes it; 8 bytes are the least. 32 bytes. */
@@ -475,7 +481,8 @@ VISCACAM_API uint32_t VISCA_KOVA_HasCamAbility(uint32_t ulMask);
 VISCACAM_API uint32_t VISCA_KOVA_Savelog(void);
 /** @} */
 
-/** @name The link: packets and the command queue @{ */
+/** @name The link: packets and the command queue
+ * @{ */
 
 /** Start a packet with the header of camera 1 (0x81): one byte, the others left as they were. @return 0 */
 VISCACAM_API uint32_t ViscaInitPkt(ViscaPkt *pstPkt) VISCACAM_NONNULL(1);
@@ -514,7 +521,8 @@ VISCACAM_API uint32_t ViscaWaitCmdQueueEmpty(uint32_t ulWaitTime);
 VISCACAM_API void ViscaPrintPkt(const ViscaPkt *pstPkt, uint32_t ulDirection) VISCACAM_NONNULL(1);
 /** @} */
 
-/** @name The link: serial port and flags @{ */
+/** @name The link: serial port and flags
+ * @{ */
 
 /**
  * Open the port and find the camera's baud rate, in up to 20 attempts of three rates each. Call once, before
@@ -570,7 +578,8 @@ VISCACAM_API uint32_t ViscaIsExportLog(void);
 VISCACAM_API uint32_t ViscaIsCamComBusy(void);
 /** @} */
 
-/** @name The link: threads and inquiries @{ */
+/** @name The link: threads and inquiries
+ * @{ */
 
 /** Start the sender and the receiver thread. There is no guard: each call starts two more. @return 0, or 1
  * when one did not start */
@@ -616,7 +625,8 @@ VISCACAM_API void *AF_Debug(void *pArg);
 VISCACAM_API void AF_DebugAck(void);
 /** @} */
 
-/** @name Driver: start-up @{ */
+/** @name Driver: start-up
+ * @{ */
 
 /**
  * Open the port, start the threads, set the camera's environment up. Call once; VISCA_Init() does. Blocks as
@@ -653,7 +663,8 @@ VISCACAM_API uint32_t SonyRestoreCamEnv(uint32_t ulCamModType);
 VISCACAM_API void SonyInitVar4IMG(void);
 /** @} */
 
-/** @name Driver: power and registers @{ */
+/** @name Driver: power and registers
+ * @{ */
 
 /** Switch the camera. @param bPowerOn 1 on, any other value standby @return what ViscaEnQueueCmd() returned
  */
@@ -685,7 +696,8 @@ VISCACAM_API uint32_t SonyGetRegisterVal(uint8_t ucRegisterNo, uint8_t *pucRegis
 VISCACAM_API uint32_t SonySetRegisterVal(uint8_t ucRegisterNo, uint8_t ucRegisterVal);
 /** @} */
 
-/** @name Driver: video norm, orientation, identity @{ */
+/** @name Driver: video norm, orientation, identity
+ * @{ */
 VISCACAM_API uint32_t SONY_SetVin(const VideoNormParam *pstVideoNorm); /**< see VISCA_SetVin() */
 /** Read the mirror setting. Blocks for the answer, at most 6 s. @param pbSet receives 1 mirrored, 0 not
  * @return 0; 1 when the inquiry was refused or failed; 2 for NULL */
@@ -700,7 +712,8 @@ VISCACAM_API uint32_t SONY_GetCamInfo(uint32_t ulChannelID, CameraInfo *pstCamer
     VISCACAM_NONNULL(2); /**< see VISCA_GetCamInfo() */
 /** @} */
 
-/** @name Driver: messages of the host @{ */
+/** @name Driver: messages of the host
+ * @{ */
 VISCACAM_API uint32_t SONY_MessageProcess(DrvMsgInfo *pstMsgInfo); /**< see VISCA_MessageProcess() */
 /** Handle a set message. Failures are logged only. @return 0 */
 VISCACAM_API uint32_t SonyProcSetMsg(DrvMsgInfo *pstMsgInfo) VISCACAM_NONNULL(1);

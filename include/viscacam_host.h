@@ -17,14 +17,17 @@
 extern "C" {
 #endif
 
+/** @cond */
 #if defined(__GNUC__)
 #    define VISCACAM_HOST_PRINTF(fmt, first) __attribute__((format(printf, fmt, first)))
 #else
 #    define VISCACAM_HOST_PRINTF(fmt, first)
 #endif
+/** @endcond */
 
-/** @name Queue numbers and the queue type that the library passes, unchanged, to the queue services. Queue 2
- * is not used. @{ */
+/** @name Queue numbers and the queue type
+ * The library passes them, unchanged, to the queue services. Queue 2 is not used.
+ * @{ */
 #define VISCA_CMD_QUEUE_ID            0U  /**< commands on their way to the camera */
 #define VISCA_CMD_RESULT_QUEUE_ID     1U  /**< what the camera answered to a command */
 #define VISCA_INQUIRY_RESULT_QUEUE_ID 3U  /**< what the camera answered to an inquiry */
@@ -35,12 +38,14 @@ extern "C" {
 /** Flush mode of DRV_FlushCom: discard what was received and what still waits to be sent. */
 #define VISCA_FLUSH_BOTH 2U
 
-/** @name Log levels. A larger number is chattier. @{ */
-#define VISCA_LOG_ERROR 3U
-#define VISCA_LOG_WARN  4U
-#define VISCA_LOG_INFO  6U
-#define VISCA_LOG_DEBUG 7U
-#define VISCA_LOG_VERBO 8U
+/** @name Log levels
+ * A larger number is chattier.
+ * @{ */
+#define VISCA_LOG_ERROR 3U /**< something was not done */
+#define VISCA_LOG_WARN  4U /**< something was done otherwise, or is out of the ordinary */
+#define VISCA_LOG_INFO  6U /**< something was found out or changed */
+#define VISCA_LOG_DEBUG 7U /**< what is called, and packet dumps */
+#define VISCA_LOG_VERBO 8U /**< what is called often */
 /** @} */
 
 /** Serial parameters, 16 bytes. The library fills the fields without a stated meaning with fixed values. */
@@ -56,9 +61,9 @@ typedef struct {
 
 /** Manufacturing information, 512 bytes. The library reads the device model only. */
 typedef struct {
-    uint8_t aucReserved0[128];
-    char szDeviceModel[64]; /**< device model, NUL-terminated text */
-    uint8_t aucReserved1[320];
+    uint8_t aucReserved0[128]; /**< not read */
+    char szDeviceModel[64];    /**< device model, NUL-terminated text */
+    uint8_t aucReserved1[320]; /**< not read */
 } ManuInfo;
 
 /** @name Message queues of 20-byte elements
@@ -105,7 +110,8 @@ uint32_t QUEUE_IsEmpty(uint32_t ulType, uint32_t ulQueueId, uint32_t *pulFlag);
 uint32_t QUEUE_GetQueueReadFd(uint32_t ulType, uint32_t ulQueueId, int32_t *piFd);
 /** @} */
 
-/** @name Serial service @{ */
+/** @name Serial service
+ * @{ */
 
 /**
  * Open a serial port.
@@ -155,7 +161,8 @@ void DRV_Common_Print(uint32_t ulLevel, const char *pcFormat, ...) VISCACAM_HOST
 void DRV_Common_Print_Cam(uint32_t ulLevel, const char *pcFormat, ...) VISCACAM_HOST_PRINTF(2, 3);
 /** @} */
 
-/** @name System services @{ */
+/** @name System services
+ * @{ */
 
 /** The type code of the attached camera module, the same that the host gives VISCA_SetCamModuleType(). May be
  * asked at any time and must be cheap. */

@@ -1,9 +1,16 @@
 #include "visca_que/log.h"
 
+#include <string.h>
 #include <sys/time.h>
 #include <time.h>
 
 namespace viscacam {
+
+void LogBuildFormat(char (&szFormat)[LOG_FORMAT_MAX], const char *pcMessage) {
+    constexpr size_t ulPrefix = sizeof(LOG_PREFIX) - 1;
+    memcpy(szFormat, LOG_PREFIX, ulPrefix);
+    strcpy(szFormat + ulPrefix, pcMessage); // the place that logs has proved that it fits
+}
 
 void LogTakeStamp(LogStamp *pstStamp) {
     struct timeval stNow = {};

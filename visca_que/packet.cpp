@@ -1,6 +1,5 @@
 // Packets and the command queue.
 #include <pthread.h>
-#include <stdio.h>
 #include <string.h>
 
 #include "visca_que/command.h"
@@ -14,6 +13,14 @@ using namespace viscacam;
 namespace {
 
 constexpr size_t BYTE_TEXT = 5; // "0x81 "
+
+// Every packet is put into words, whether the host keeps them or not: snprintf would cost more than the rest
+// of the line.
+void WriteByteText(char *pcText, uint8_t ucByte) {
+    constexpr char szDigits[] = "0123456789abcdef";
+    const char acText[BYTE_TEXT] = {'0', 'x', szDigits[ucByte >> 4U], szDigits[ucByte & 0x0FU], ' '};
+    memcpy(pcText, acText, sizeof(acText));
+}
 
 } // namespace
 
@@ -108,8 +115,7 @@ void ViscaPrintPkt(const ViscaPkt *pstPkt, uint32_t ulDirection) {
     static_assert(ulBytesAt + VISCA_PKT_MAX * BYTE_TEXT < sizeof(szText), "a full packet fits");
     memcpy(szText, szHead, ulBytesAt);
     for (uint32_t i = 0; i < ulLength; ++i) {
-        const size_t ulAt = ulBytesAt + i * BYTE_TEXT;
-        (void)snprintf(szText + ulAt, sizeof(szText) - ulAt, "0x%02x ", pstPkt->aucData[i]);
+        WriteByteText(szText + ulBytesAt + i * BYTE_TEXT, pstPkt->aucData[i]);
     }
     if (ulDirection == 1) {
         LOG_DUMP("send:%s\n", szText);
