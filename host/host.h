@@ -46,6 +46,70 @@ void SetBoard(const Board &stBoard);
 /** The description that is in force. */
 Board GetBoard();
 
+/* ==== Board programs ==== */
+
+/*
+ * The library has the board do a few things by a shell line: xmodem moves a file over the camera's line, and
+ * a line written to /proc/driver/cpld switches that line between camera and transfer. A machine that is no
+ * such board has neither. So COMDRV_System stands in for both: a folder with an xmodem program (of ours, by
+ * sx and rx of the lrzsz package) comes first in the PATH of the commands it runs, and what they write to the
+ * node is logged and kept.
+ *
+ * COMDRV_System blocks until the command has ended, returns what system(3) returns, and may be called from
+ * any thread, from several at once too; but there is one line, so one transfer at a time. Otherwise than with
+ * system(3), the command starts with no signal blocked and none but SIGHUP ignored, and the program's own
+ * signals stay as they are meanwhile. NULL returns 1: there is a shell. Descriptors that are not
+ * close-on-exec are inherited, the port's among them. A command that finds no port open runs without a line.
+ *
+ * A file that is received is filled up to whole blocks with what its sender fills up with, as XMODEM has it
+ * (0x1A from ours); an empty one arrives empty. A reception begins by removing what the file held before, and
+ * leaves no file when it fails.
+ *
+ * A transfer leaves the line's settings as they were, however it ends, unless its script is killed with
+ * SIGKILL. A Ctrl-C at the terminal ends it together with the program.
+ */
+
+/**
+ * Say where the stand-ins are.
+ *
+ * Until then they are searched for: in the folder that the environment variable VISCACAM_BOARD names (empty:
+ * no stand-ins), else in libexec/viscacam/board of the place the program is installed at, else in the source
+ * tree that it was built from. Without any, commands run as on a real board.
+ * @param strFolder folder with the xmodem program, relative to the working directory of now or absolute;
+ * empty: no stand-ins, commands run as they are and /proc/driver/cpld is the kernel's
+ */
+void SetBoardFolder(const std::string &strFolder);
+
+/** The folder that is in force; empty: no stand-ins. */
+std::string BoardFolder();
+
+/**
+ * Say which file gets the output of the transfer programs, for those who want to follow a transfer. It is
+ * appended to: "Xmodem sectors/kbytes sent: ..." or "Blocks received: ..." for each block, parted by carriage
+ * returns.
+ * @param strPath the file, made when it does not exist; empty, as at the start: nowhere
+ */
+void SetTransferLog(const std::string &strPath);
+
+/** A transfer is given up after so long without a further block, unless SetTransferLimit says otherwise. */
+constexpr std::chrono::seconds kTransferLimit{60};
+
+/**
+ * Say how long a transfer may go without a further block, from its start on, before it is given up: a camera
+ * that never answers ends the command that long after its start, or up to 3 s later.
+ * @param tLimit at least 1 s; less counts as 1 s
+ */
+void SetTransferLimit(std::chrono::seconds tLimit);
+
+/**
+ * What a command wrote last to a register of the stood-in CPLD. Lines "-w REGISTER VALUE" count, as the
+ * library's commands write them; the last writing of a command counts when it has several. Each is logged
+ * (INFO, "cpld: register 0x09 set to 1"), what is no such line is logged too (WARN).
+ * @param ulRegister 0 to 255
+ * @return its value, 0 to 255; 0 when it was never written, and for any other number
+ */
+uint32_t CpldRegister(uint32_t ulRegister);
+
 /* ==== Queues ==== */
 
 /** Elements that each queue holds. The put after that fails and changes nothing. */
@@ -137,11 +201,11 @@ using LogSink = void (*)(uint32_t ulLevel, const char *pcLine, uint32_t ulLength
 
 /** How one log is set up. */
 struct LogSetup {
-    LogTarget enTarget = LogTarget::kStderr;
-    uint32_t ulLevel = VISCA_LOG_WARN; ///< lines of this level and below pass; kLogOff: none
-    std::string strPath = {};          ///< kFile: the file; kSyslog: the socket, empty for /dev/log
-    LogSink pfnSink = nullptr;         ///< kSink
-    void *pContext = nullptr;          ///< kSink: handed on
+    LogTarget enTarget = LogTarget::kStderr; ///< where it goes
+    uint32_t ulLevel = VISCA_LOG_WARN;       ///< lines of this level and below pass; kLogOff: none
+    std::string strPath = {};                ///< kFile: the file; kSyslog: the socket, empty for /dev/log
+    LogSink pfnSink = nullptr;               ///< kSink
+    void *pContext = nullptr;                ///< kSink: handed on
 };
 
 /**
@@ -183,6 +247,7 @@ const char *EventName(EventKind enKind);
 
 /** One event. Fields that an event does not name are zero. */
 struct Event {
+    /** What happened. */
     EventKind enKind = EventKind::kQueuePut;
     /** When, on the monotonic clock, in nanoseconds. */
     uint64_t ullTimeNs = 0;

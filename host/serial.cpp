@@ -252,6 +252,12 @@ bool IsPortPresent(uint32_t ulComPort) {
            !IsHungUp(pstPort->iFd.load());
 }
 
+int DuplicateLine() {
+    std::lock_guard<std::mutex> stGuard(Ports().stLock);
+    const SerialPort *pstPort = Ports().pstLast;
+    return pstPort == nullptr ? -1 : fcntl(pstPort->iFd.load(), F_DUPFD_CLOEXEC, 0);
+}
+
 void TellVanished(uint32_t ulComPort) {
     const std::string strPath = PortPath(ulComPort);
     HOST_LOG(VISCA_LOG_WARN, "port %lu: %s is gone", static_cast<unsigned long>(ulComPort), strPath.c_str());

@@ -45,6 +45,12 @@ SerialPorts &Ports();
 /** Start the watcher's thread unless it runs. stLock is held. @return false when there can be no thread */
 bool StartWatch();
 
+/**
+ * A descriptor of the line of the port opened last, for a program that is to use it: close-on-exec, to be
+ * closed by the caller. @return -1 when no port is open
+ */
+int DuplicateLine();
+
 /** Log and report that a port's device is gone. No lock is held. Once for each time that bVanished becomes
  * true. */
 void TellVanished(uint32_t ulComPort);
