@@ -1,5 +1,7 @@
 #include "sim/block.h"
 
+#include "sim/af_debug.h"
+
 #include <algorithm>
 #include <cstdio>
 
@@ -43,6 +45,10 @@ bool isPowerInquiry(const Packet &packet) {
     return packet.bytes == Bytes{HEADER, 0x09, 0x04, 0x00, TERMINATOR};
 }
 
+bool isUpgradeStateInquiry(const Packet &packet) {
+    return packet.bytes == Bytes{HEADER, 0x09, 0x04, 0xA9, TERMINATOR};
+}
+
 std::string kindOf(const Packet &packet) {
     const Bytes &bytes = packet.bytes;
     if (packet.tooLong())
@@ -57,9 +63,10 @@ std::string kindOf(const Packet &packet) {
 
 } // namespace
 
-Block::Block(World &world, ReplyPath &replies, const Traits &traits)
-    : m_world(world), m_replies(replies), m_traits(traits), m_registers(traits),
-      m_lens(world.options.timeScale, m_settings), m_kova(world.options, traits, world.now) {
+Block::Block(World &world, ReplyPath &replies, Transfer &transfer, const Traits &traits)
+    : m_world(world), m_replies(replies), m_transfer(transfer), m_traits(traits), m_registers(traits),
+      m_lens(world.options.timeScale, m_settings), m_kova(world.options, traits, world.now),
+      m_upgrade(world, transfer, m_kova), m_log(world, transfer, logExportBaud(traits)) {
     for (const auto &rows : {networkRows(), powerRows(), registerRows(), identityRows(), orientationRows(),
                              lensRows(), exposureRows(traits), pictureRows(traits)})
         m_table.add(rows);
@@ -68,7 +75,8 @@ Block::Block(World &world, ReplyPath &replies, const Traits &traits)
     addExposureSettings(m_settings, traits);
     addPictureSettings(m_settings, traits);
     if (isKova(traits)) {
-        for (const auto &rows : {kovaVersionRows(), kovaServiceRows(), lensReportRows()})
+        for (const auto &rows :
+             {kovaVersionRows(), kovaServiceRows(), kovaUpgradeRows(), kovaLogRows(), lensReportRows()})
             m_table.add(rows);
         addKovaSettings(m_settings);
     }
@@ -103,6 +111,8 @@ bool Block::hears(const Packet &packet) const {
         return false;
     if (m_power == Power::off || m_world.faults.active(Fault::mute))
         return false;
+    if (m_transfer.active())
+        return isUpgradeStateInquiry(packet);
     if (m_power == Power::booting)
         return isPowerInquiry(packet) && !m_world.options.silentWhileBooting;
     return true;
@@ -151,6 +161,10 @@ void Block::count(const Packet &packet) {
 
 void Block::process(const Packet &packet) {
     count(packet);
+    if (packet.afDebug) {
+        answerAfDebug(packet);
+        return;
+    }
     const CommandTable::Match match =
         packet.tooLong() ? CommandTable::Match{nullptr, {}} : m_table.find(packet.bytes);
     if (faultRefuses(packet))
@@ -168,7 +182,9 @@ bool Block::faultRefuses(const Packet &packet) {
     if (isCommand(packet))
         ++m_commands;
     if (faults.strikes(Fault::error)) {
-        refuse(packet, 0, static_cast<uint8_t>(faults.value(Fault::error)));
+        const auto code = static_cast<uint8_t>(faults.value(Fault::error));
+        const bool ofSocket = isCommand(packet) && code != SYNTAX_ERROR && code != BUFFER_FULL;
+        refuse(packet, ofSocket ? 1 : 0, code);
         return true;
     }
     if (isCommand(packet) && m_commands % 3 == 0 && faults.strikes(Fault::busy)) {
@@ -176,6 +192,11 @@ bool Block::faultRefuses(const Packet &packet) {
         return true;
     }
     return false;
+}
+
+void Block::answerAfDebug(const Packet &packet) {
+    const auto when = std::max(m_world.now, packet.begin + m_world.draw(m_world.options.latency.answer));
+    later(when, [this, bytes = afDebugAnswer(packet.bytes)] { m_replies.send(bytes, "AF debug"); });
 }
 
 void Block::serve(const Packet &packet, const Row &row, const Args &args) {
@@ -196,6 +217,8 @@ void Block::execute(const Packet &packet, const Row &row, const Args &args) {
         return;
     }
     const Outcome outcome = row.handler(*this, args);
+    if (outcome.kind == Outcome::Kind::nothing)
+        return;
     if (outcome.kind == Outcome::Kind::refused)
         refuse(packet, outcome.code == SYNTAX_ERROR ? 0 : socket, outcome.code);
     else
@@ -220,7 +243,8 @@ void Block::accept(const Packet &packet, unsigned socket, const Outcome &outcome
 
     const auto acknowledged =
         std::max(m_world.now, packet.begin + m_world.draw(m_world.options.latency.acknowledge));
-    const auto period = m_world.options.vertical ? verticalPeriod() : Clock::duration::zero();
+    const bool waits = m_world.options.vertical && !m_world.options.completesAtOnce;
+    const auto period = waits ? verticalPeriod() : Clock::duration::zero();
     const auto completed =
         std::max(acknowledged + period, packet.begin + m_world.draw(m_world.options.latency.complete));
     const auto acknowledge = [this, socket] {
@@ -351,6 +375,9 @@ void Block::describe(State &state) const {
     state.seen = m_seen;
     state.ignoredPackets += m_ignored;
     m_kova.describe(state, m_world.now);
+    m_upgrade.describe(state.kova);
+    m_log.describe(state.kova);
+    m_transfer.describe(state.kova);
 }
 
 } // namespace sim

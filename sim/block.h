@@ -6,6 +6,8 @@
 #include "sim/framer.h"
 #include "sim/image.h"
 #include "sim/kova.h"
+#include "sim/kova_log.h"
+#include "sim/kova_upgrade.h"
 #include "sim/lens.h"
 #include "sim/registers.h"
 #include "sim/reply_path.h"
@@ -27,7 +29,7 @@ namespace sim {
  */
 class Block {
   public:
-    Block(World &world, ReplyPath &replies, const Traits &traits);
+    Block(World &world, ReplyPath &replies, Transfer &transfer, const Traits &traits);
 
     /* Whether its header is one that this camera answers to. */
     bool isAddressedBy(const Packet &packet) const;
@@ -62,8 +64,11 @@ class Block {
     Registers &registers() { return m_registers; }
     Lens &lens() { return m_lens; }
     Kova &kova() { return m_kova; }
+    KovaUpgrade &upgrade() { return m_upgrade; }
+    KovaLog &log() { return m_log; }
 
     /* ---- for the state ---- */
+    Bytes received(const std::string &kind) const { return m_upgrade.received(kind); }
     void describe(State &state) const;
 
   private:
@@ -91,6 +96,7 @@ class Block {
     bool hears(const Packet &packet) const;
     void count(const Packet &packet);
     bool faultRefuses(const Packet &packet);
+    void answerAfDebug(const Packet &packet);
     void serve(const Packet &packet, const Row &row, const Args &args);
     void execute(const Packet &packet, const Row &row, const Args &args);
     void accept(const Packet &packet, unsigned socket, const Outcome &outcome);
@@ -112,12 +118,15 @@ class Block {
 
     World &m_world;
     ReplyPath &m_replies;
+    Transfer &m_transfer;
     const Traits &m_traits;
     CommandTable m_table;
     Settings m_settings;
     Registers m_registers;
     Lens m_lens;
     Kova m_kova;
+    KovaUpgrade m_upgrade;
+    KovaLog m_log;
     Watch m_watches[2] = {{ZOOM_AXIS, "zoomReports", 0xAE}, {FOCUS_AXIS, "focusReports", 0xAF}};
     Power m_power = Power::off;
     unsigned long m_epoch = 0;   /* counts losses of memory */

@@ -11,6 +11,7 @@
 #include <poll.h>
 #include <stdexcept>
 #include <sys/eventfd.h>
+#include <sys/prctl.h>
 #include <thread>
 #include <unistd.h>
 
@@ -100,6 +101,11 @@ class Camera::Impl {
         return state;
     }
 
+    Bytes receivedFile(const std::string &kind) const {
+        const std::lock_guard lock(m_mutex);
+        return m_simulation.receivedFile(kind);
+    }
+
     std::string path() const {
         const std::lock_guard lock(m_mutex);
         return m_simulation.pty().path();
@@ -126,6 +132,7 @@ class Camera::Impl {
 
   private:
     void run() {
+        prctl(PR_SET_TIMERSLACK, 1UL); // bytes come when they are due, not up to 50 us later
         for (;;) {
             std::unique_lock lock(m_mutex);
             if (m_ending)
@@ -155,7 +162,8 @@ class Camera::Impl {
         const auto deadline = m_simulation.next();
         pollfd descriptors[] = {{m_wake.descriptor(), POLLIN, 0},
                                 {master, static_cast<short>(reads | writes), 0},
-                                {pty.watch(), POLLIN, 0}};
+                                {pty.watch(), POLLIN, 0},
+                                {m_simulation.transferDescriptor(), POLLIN, 0}};
         lock.unlock();
         const timespec time = deadline ? untilDeadline(*deadline) : timespec{};
         ppoll(descriptors, std::size(descriptors), deadline ? &time : nullptr, nullptr);
@@ -189,6 +197,10 @@ State Camera::state() const {
 
 std::string Camera::stateJson() const {
     return toJson(m_impl->state());
+}
+
+Bytes Camera::receivedFile(const std::string &kind) const {
+    return m_impl->receivedFile(kind);
 }
 
 bool Camera::waitFor(const std::function<bool(const State &)> &predicate,

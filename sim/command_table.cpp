@@ -54,6 +54,10 @@ Outcome refused(uint8_t code) {
     return {Outcome::Kind::refused, {}, 0, code};
 }
 
+Outcome nothing() {
+    return {Outcome::Kind::nothing, {}};
+}
+
 Outcome answer(const Bytes &data) {
     return {Outcome::Kind::answer, data};
 }

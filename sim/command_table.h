@@ -31,6 +31,7 @@ struct Outcome {
         answer,  /* to an inquiry: 90 50 data FF */
         refused, /* 90 6y code FF */
         raw,     /* these bytes */
+        nothing, /* no reply at all */
     };
     Kind kind;
     Bytes data;
@@ -47,6 +48,7 @@ constexpr uint8_t NOT_EXECUTABLE = 0x41;
 Outcome done();
 Outcome motion(unsigned axes);
 Outcome refused(uint8_t code);
+Outcome nothing();
 Outcome answer(const Bytes &data);
 /* The low count nibbles of a value, a byte each, the most significant first. */
 Outcome answerNibbles(unsigned value, size_t count);

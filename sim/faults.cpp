@@ -9,7 +9,7 @@ namespace sim {
 
 namespace {
 
-enum class Value { none, probability, number, word };
+enum class Value { none, probability, number, whole, word };
 
 constexpr double REQUIRED = -1; // no value of its own: the user must give one
 
@@ -52,34 +52,42 @@ const Row ROWS[] = {
     {Fault::late, "late", Value::number, 0, DAY, 2.5, "seconds", "completions come this much later"},
     {Fault::reorder, "reorder", Value::probability, 0, 1, 1, "probability",
      "completion comes before acknowledgement"},
-    {Fault::wrongSocket, "wrong-socket", Value::number, 0, 15, 3, "socket", "completions name this socket"},
-    {Fault::address, "address", Value::number, 1, 7, 2, "address",
+    {Fault::wrongSocket, "wrong-socket", Value::whole, 0, 15, 3, "socket", "completions name this socket"},
+    {Fault::address, "address", Value::whole, 1, 7, 2, "address",
      "replies come from the camera of this address"},
-    {Fault::error, "error", Value::number, 0, 255, REQUIRED, "error code",
+    {Fault::error, "error", Value::whole, 0, 255, REQUIRED, "error code",
      "commands and inquiries are answered by this error"},
-    {Fault::errorUnasked, "error-unasked", Value::number, 0, 255, REQUIRED, "error code",
+    {Fault::errorUnasked, "error-unasked", Value::whole, 0, 255, REQUIRED, "error code",
      "this error is sent once, unasked"},
     {Fault::busy, "busy", Value::none, 0, 0, 0, "", "every third command finds the buffer full"},
     {Fault::lateAnswer, "late-answer", Value::number, 0, DAY, 6.5, "seconds",
      "inquiries are answered this much later"},
     {Fault::dupAnswer, "dup-answer", Value::probability, 0, 1, 1, "probability",
      "inquiries are answered twice"},
-    {Fault::powerCut, "power-cut", Value::number, 1, 1e6, 1, "which command from now",
+    {Fault::powerCut, "power-cut", Value::whole, 1, 1e6, 1, "which command from now",
      "the supply fails for 0.2 s between acknowledgement and completion of this command"},
     {Fault::standby, "standby", Value::none, 0, 0, 0, "", "the camera goes to standby by itself"},
-    {Fault::rate, "rate", Value::number, 1200, 115200, REQUIRED, "bit/s",
+    {Fault::rate, "rate", Value::whole, 1200, 115200, REQUIRED, "bit/s",
      "the camera listens at another rate"},
     {Fault::hangUp, "hang-up", Value::none, 0, 0, 0, "", "the adapter is pulled"},
     {Fault::replug, "replug", Value::number, 0, DAY, 1, "seconds",
      "the adapter is pulled, and plugged in again after this time"},
     {Fault::flood, "flood", Value::none, 0, 0, 0, "",
      "acknowledgements that nobody asked for, at line speed"},
-    {Fault::length, "length", Value::number, 1, 1048576, REQUIRED, "bytes",
+    {Fault::length, "length", Value::whole, 1, 1048576, REQUIRED, "bytes",
      "in front of a reply comes a packet of this length without terminator"},
     {Fault::stall, "stall", Value::number, 0, DAY, 0, "seconds, 0 for until cleared",
      "the camera stops reading its line"},
     {Fault::report, "report", Value::word, 0, 0, 0, "random",
      "reports that nobody asked for, of every low nibble and length, on half of the line's time"},
+    {Fault::transferAbort, "transfer-abort", Value::whole, 1, 1e6, 2, "block",
+     "a Kova module cancels a transfer at the end of this block of it"},
+    {Fault::transferChecksum, "transfer-checksum", Value::probability, 0, 1, REQUIRED, "probability",
+     "blocks of a Kova module's transfers have a wrong checksum"},
+    {Fault::upgradeStuck, "upgrade-stuck", Value::none, 0, 0, 0, "",
+     "a Kova module that flashes does not come to an end"},
+    {Fault::upgradeState, "upgrade-state", Value::whole, 0, 255, 9, "state",
+     "a Kova module that is asked for its upgrade state tells this one"},
 };
 
 const Row &rowOf(Fault fault) {
@@ -129,6 +137,13 @@ double number(const std::string &text, const std::string &what, double least, do
     return value;
 }
 
+double wholeNumber(const std::string &text, const std::string &what, double least, double most) {
+    const double value = number(text, what, least, most);
+    if (value != std::floor(value))
+        throw std::invalid_argument(what + " \"" + text + "\" is no whole number");
+    return value;
+}
+
 // Cuts the part behind the mark off the text; nothing if the mark is not there.
 std::optional<std::string> cutBehind(std::string &text, const char *mark) {
     const size_t at = text.find(mark);
@@ -156,10 +171,9 @@ double parseValue(const Row &row, const std::optional<std::string> &text) {
         return row.initial;
     if (row.kind == Value::none || row.kind == Value::word)
         throw std::invalid_argument("fault " + allowed);
-    const double value = number(*text, "fault " + allowed + ":", row.least, row.most);
-    if (row.fault == Fault::length || row.fault == Fault::powerCut)
-        return std::floor(value);
-    return value;
+    const std::string what = "fault " + allowed + ":";
+    return row.kind == Value::whole ? wholeNumber(*text, what, row.least, row.most)
+                                    : number(*text, what, row.least, row.most);
 }
 
 } // namespace
@@ -197,7 +211,7 @@ FaultOrder parseFault(const std::string &text) {
     order.text = text;
     order.value = parseValue(rowOf(order.fault), value);
     if (count)
-        order.count = static_cast<unsigned long>(number(*count, "count", 1, 1e9));
+        order.count = static_cast<unsigned long>(wholeNumber(*count, "count", 1, 1e9));
     if (times)
         parseTimes(order, *times);
     return order;

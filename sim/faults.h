@@ -40,6 +40,10 @@ enum class Fault {
     length,
     stall,
     report,
+    transferAbort,
+    transferChecksum,
+    upgradeStuck,
+    upgradeState,
 };
 
 /* A fault as the user wrote it: NAME[=VALUE][#COUNT][@START[..END]]. */

@@ -56,7 +56,15 @@ struct Kova {
     void restart();
     void describe(State &state, Clock::time_point now) const;
 
+    /* Another version, by the kind of its file. A module can only run one that it can tell: a uimage's
+       is 1.23 or 12.3, a program's and a patch's a text in segments, or D012SP03 or eight digits in the old
+       form. */
+    bool canRun(const std::string &kind, const std::string &version) const;
+    void run(const std::string &kind, const std::string &version);
+
     const KovaOptions &options;
+    std::array<uint8_t, 4> uimageVersion;
+    std::array<uint8_t, 4> oldProgramVersion;
     Segments program;
     Segments extension;
     Scene scene;
@@ -72,6 +80,8 @@ void addKovaSettings(Settings &settings);
 std::vector<Row> kovaVersionRows();
 /* kova_services.cpp: clock, sensor, filter, scene mode, one-push focus, what the picture measures */
 std::vector<Row> kovaServiceRows();
+/* A text that can be told in segments. */
+bool isVersionText(const std::string &text);
 /* lens_reports.cpp */
 std::vector<Row> lensReportRows();
 

@@ -108,9 +108,10 @@ uint32_t Scene::focusValue(Clock::time_point now, unsigned focus) const {
 }
 
 Kova::Kova(const Options &given, const Traits &traits, Clock::time_point now)
-    : options(given.kova), program(given.kova.programVersion), extension(given.kova.extensionVersion),
-      scene(now, given.timeScale, given.kova.sceneMoves), m_present(isKova(traits)),
-      m_ability(abilityOf(given, traits)) {}
+    : options(given.kova), uimageVersion(given.kova.uimageVersion),
+      oldProgramVersion(given.kova.oldProgramVersion), program(given.kova.programVersion),
+      extension(given.kova.extensionVersion), scene(now, given.timeScale, given.kova.sceneMoves),
+      m_present(isKova(traits)), m_ability(abilityOf(given, traits)) {}
 
 void Kova::restart() {
     program.restart();

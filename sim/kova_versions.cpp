@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <optional>
 
 namespace sim {
 
@@ -13,6 +14,7 @@ constexpr size_t ENTRIES_PER_SEGMENT = 12; // an answer has at most 16 bytes
 constexpr uint8_t LETTER = 10;
 constexpr uint8_t SEPARATOR = 11;
 constexpr uint8_t ABILITY_NIBBLES = 8;
+constexpr size_t LONGEST_VERSION = 99;
 constexpr int TEMPERATURE_ZERO = 127;            // the raw value of 0 degrees
 constexpr std::chrono::seconds SERIES_MEMORY{8}; // hosts wait 6 s for an answer
 
@@ -35,7 +37,7 @@ Outcome tellAbility(Block &block, const Args &) {
 }
 
 Outcome tellUimage(Block &block, const Args &) {
-    const auto &version = block.kova().options.uimageVersion;
+    const auto &version = block.kova().uimageVersion;
     return answer(Bytes(version.begin(), version.end()));
 }
 
@@ -43,7 +45,7 @@ Outcome tellProgram(Block &block, const Args &) {
     Kova &kova = block.kova();
     if (kova.has(ABILITY_SEGMENTED_VERSION))
         return kova.program.tell(block.now(), block.real(SERIES_MEMORY));
-    const auto &version = kova.options.oldProgramVersion;
+    const auto &version = kova.oldProgramVersion;
     return answer(Bytes(version.begin(), version.end()));
 }
 
@@ -71,7 +73,69 @@ Outcome tellTemperature(Block &block, const Args &) {
     return answerNibbles(static_cast<unsigned>(block.kova().options.temperature + TEMPERATURE_ZERO), 4);
 }
 
+using Digits = std::array<uint8_t, 4>;
+
+bool isDigit(char character) {
+    return character >= '0' && character <= '9';
+}
+
+// '#' in the shape stands for any digit.
+bool hasShape(const std::string &text, const std::string &shape) {
+    return text.size() == shape.size() &&
+           std::equal(text.begin(), text.end(), shape.begin(),
+                      [](char c, char wanted) { return wanted == '#' ? isDigit(c) : c == wanted; });
+}
+
+// 0 behind the text.
+uint8_t digit(const std::string &text, size_t at) {
+    return at < text.size() ? static_cast<uint8_t>(text[at] - '0') : 0;
+}
+
+uint8_t twoDigits(const std::string &text, size_t at) {
+    return static_cast<uint8_t>(10 * digit(text, at) + digit(text, at + 1));
+}
+
+std::optional<Digits> uimageFrom(const std::string &text) {
+    const size_t dot = text.find('.');
+    if (!hasShape(text, "#.#") && !hasShape(text, "##.#") && !hasShape(text, "#.##") &&
+        !hasShape(text, "##.##"))
+        return std::nullopt;
+    return Digits{dot == 2 ? digit(text, 0) : uint8_t{0}, digit(text, dot - 1), digit(text, dot + 1),
+                  digit(text, dot + 2)};
+}
+
+std::optional<Digits> oldProgramFrom(const std::string &text) {
+    if (hasShape(text, "D0##"))
+        return Digits{0, twoDigits(text, 2), 0, 0};
+    if (hasShape(text, "D0##SP##"))
+        return Digits{0, twoDigits(text, 2), 0, twoDigits(text, 6)};
+    if (!hasShape(text, "########") || twoDigits(text, 0) == 0)
+        return std::nullopt;
+    return Digits{twoDigits(text, 0), twoDigits(text, 2), twoDigits(text, 4), twoDigits(text, 6)};
+}
+
 } // namespace
+
+bool isVersionText(const std::string &text) {
+    return text.size() <= LONGEST_VERSION && std::all_of(text.begin(), text.end(), [](char c) {
+               return isDigit(c) || c == '-' || (c >= 'A' && c <= '~');
+           });
+}
+
+bool Kova::canRun(const std::string &kind, const std::string &version) const {
+    if (kind == "uimage")
+        return uimageFrom(version).has_value();
+    return has(ABILITY_SEGMENTED_VERSION) ? isVersionText(version) : oldProgramFrom(version).has_value();
+}
+
+void Kova::run(const std::string &kind, const std::string &version) {
+    if (kind == "uimage")
+        uimageVersion = uimageFrom(version).value();
+    else if (has(ABILITY_SEGMENTED_VERSION))
+        program = Segments(version);
+    else
+        oldProgramVersion = oldProgramFrom(version).value();
+}
 
 Segments::Segments(const std::string &text) {
     Bytes entries;

@@ -40,7 +40,9 @@ void Line::send(const Sending &sending, Clock::time_point now, unsigned baud) {
         for (size_t i = first; i < m_out.size(); ++i)
             m_out[i].due = m_outFree;
     }
-    m_marks.push_back({m_outFree, Direction::toHost, sending.bytes, sending.text});
+    Bytes shown = sending.bytes;
+    shown.resize(std::min(shown.size(), sending.shown));
+    m_marks.push_back({m_outFree, Direction::toHost, shown, sending.text});
 }
 
 std::optional<Clock::time_point> Line::next() const {

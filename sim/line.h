@@ -6,6 +6,7 @@
 #include "sim/random.h"
 #include "sim/sim.h"
 
+#include <cstdint>
 #include <deque>
 #include <optional>
 
@@ -30,7 +31,8 @@ class Line {
     /* How bytes leave. gapAfter: index of the byte behind which the line pauses. */
     struct Sending {
         Bytes bytes;
-        std::string text; /* for the trace */
+        std::string text; /* for the trace, as the number of bytes that it shows */
+        size_t shown = SIZE_MAX;
         size_t gapAfter = 0;
         Clock::duration gap{0};
         bool burst = false; /* all bytes at the time of the last */

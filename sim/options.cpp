@@ -1,5 +1,7 @@
 #include "sim/options.h"
 
+#include "sim/kova.h"
+
 #include <algorithm>
 #include <stdexcept>
 
@@ -30,12 +32,6 @@ bool areBytes(const std::array<uint8_t, 4> &version) {
     return std::all_of(version.begin(), version.end(), isByte);
 }
 
-bool isVersion(const std::string &text) {
-    return text.size() <= 99 && std::all_of(text.begin(), text.end(), [](char c) {
-               return (c >= '0' && c <= '9') || c == '-' || (c >= 'A' && c <= '~');
-           });
-}
-
 bool isSoftVersion(const std::string &text) {
     return text.size() <= 13 &&
            std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
@@ -44,11 +40,16 @@ bool isSoftVersion(const std::string &text) {
 void check(const KovaOptions &kova) {
     require(areBytes(kova.uimageVersion) && areBytes(kova.oldProgramVersion),
             "a Kova version's numbers are below 255");
-    require(isVersion(kova.programVersion) && isVersion(kova.extensionVersion),
+    require(isVersionText(kova.programVersion) && isVersionText(kova.extensionVersion),
             "a Kova version has at most 99 digits, '-', '_' and characters from 'A' to '~'");
     require(isSoftVersion(kova.softVersion), "a Kova soft version has at most 13 printable characters");
     for (const KovaOptions::Board &board : kova.boards)
         require(isByte(board.version) && isByte(board.type), "a Kova board's numbers are below 255");
+    require(kova.flashTime.count() >= 0 && kova.flashTime <= std::chrono::minutes(10),
+            "a Kova flash time is 0 to 600000 ms");
+    require(kova.upgradeEndsIn == 4 || kova.upgradeEndsIn == 5, "a Kova upgrade ends in state 4 or 5");
+    require(kova.transferPatience.count() >= 1 && kova.transferPatience <= std::chrono::minutes(10),
+            "a Kova transfer's patience is 1 to 600000 ms");
     require(kova.temperature >= -127 && kova.temperature <= 128, "a Kova temperature is -127 to 128 degrees");
 }
 

@@ -56,6 +56,9 @@ void Block::supplyOff() {
         return;
     m_world.remark("supply off");
     ++m_outages;
+    m_transfer.stop();
+    m_upgrade.supplyOff();
+    m_log.supplyOff();
     m_waiting.clear();
     forgetAll();
     m_power = Power::off;

@@ -129,6 +129,11 @@ size_t Pty::write(const uint8_t *bytes, size_t size) const {
     return count > 0 ? static_cast<size_t>(count) : 0;
 }
 
+size_t Pty::unreadByHost() const {
+    int count = 0;
+    return ioctl(m_slave, FIONREAD, &count) == 0 ? static_cast<size_t>(count) : 0;
+}
+
 /*
  * A host that opened the port exclusively and ended without giving that up leaves the mark on the terminal,
  * which our own descriptor keeps alive. A real port forgets it with the last close, so it is taken off then.

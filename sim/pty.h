@@ -29,10 +29,14 @@ class Pty {
 
     /* The rate that the host has set on the slave, in bit/s; 0 if it is none that a serial line has. */
     unsigned hostBaud() const;
+    /* Whether a host has the slave open, once handleWatch() was called; also where that cannot be watched. */
+    bool hasHost() const { return m_watch < 0 || m_hosts > 0; }
     /* Bytes read into the buffer, 0 if there are none now. */
     size_t read(uint8_t *buffer, size_t size) const;
     /* Bytes taken, fewer than size when the host does not read. */
     size_t write(const uint8_t *bytes, size_t size) const;
+    /* Bytes that the host has not read yet. */
+    size_t unreadByHost() const;
     void handleWatch();
 
   private:

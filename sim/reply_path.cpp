@@ -6,7 +6,9 @@ namespace sim {
 
 namespace {
 
+constexpr uint8_t REPLY_HEADER = 0x90;
 constexpr uint8_t TERMINATOR = 0xFF;
+constexpr size_t SHOWN = 16; // bytes of a transfer in the trace
 constexpr uint64_t LONGEST_NOISE = 8;
 constexpr size_t SHORTEST_REPORT = 3;
 constexpr size_t REPORT_LENGTHS = 14; // to 16 bytes
@@ -20,13 +22,17 @@ void append(std::string &text, const std::string &more) {
 
 void ReplyPath::send(Bytes reply, const std::string &kind) {
     Faults &faults = m_world.faults;
+    if (m_lent && kind != "answer") {
+        m_world.remark("the line belongs to a transfer: a reply is not sent");
+        return;
+    }
     ++m_counts[kind];
     if (faults.active(Fault::mute)) {
         m_world.remark("mute: a reply is not sent");
         return;
     }
     std::string text;
-    if (faults.strikes(Fault::address)) {
+    if (reply[0] == REPLY_HEADER && faults.strikes(Fault::address)) {
         reply[0] = static_cast<uint8_t>(0x80 + 0x10 * static_cast<unsigned>(faults.value(Fault::address)));
         append(text, "address");
     }
@@ -48,34 +54,52 @@ void ReplyPath::send(Bytes reply, const std::string &kind) {
     m_line.send(sending, m_world.now, m_baud());
 }
 
+// In one piece: a wake-up for every byte of a file would keep a processor busy.
+void ReplyPath::sendTransfer(const Bytes &bytes) {
+    Faults &faults = m_world.faults;
+    if (faults.active(Fault::mute))
+        return;
+    if (faults.strikes(Fault::noise))
+        sendNoise();
+    std::string text = "transfer: " + std::to_string(bytes.size()) + " bytes";
+    Bytes damaged;
+    for (const uint8_t byte : bytes)
+        damage(damaged, byte, text);
+    Line::Sending sending{damaged, text, SHOWN};
+    sending.burst = true;
+    m_line.send(sending, m_world.now, m_baud());
+}
+
 void ReplyPath::sendRaw(const Bytes &bytes, const std::string &text) {
     m_line.send({bytes, text}, m_world.now, m_baud());
 }
 
 Bytes ReplyPath::damage(const Bytes &reply, std::string &text) {
-    Faults &faults = m_world.faults;
     Bytes bytes;
-    for (uint8_t byte : reply) {
-        const bool last = byte == TERMINATOR;
-        if (last && faults.strikes(Fault::dropFf)) {
+    for (const uint8_t byte : reply) {
+        if (byte == TERMINATOR && m_world.faults.strikes(Fault::dropFf))
             append(text, "drop-ff");
-            continue;
-        }
-        if (faults.strikes(Fault::dropRx)) {
-            append(text, "drop-rx");
-            continue;
-        }
-        if (faults.strikes(Fault::flip)) {
-            byte = static_cast<uint8_t>(byte ^ 1u << faults.dice(Fault::flip).below(8));
-            append(text, "flip");
-        }
-        bytes.push_back(byte);
-        if (faults.strikes(Fault::dup)) {
-            bytes.push_back(byte);
-            append(text, "dup");
-        }
+        else
+            damage(bytes, byte, text);
     }
     return bytes;
+}
+
+void ReplyPath::damage(Bytes &bytes, uint8_t byte, std::string &text) {
+    Faults &faults = m_world.faults;
+    if (faults.strikes(Fault::dropRx)) {
+        append(text, "drop-rx");
+        return;
+    }
+    if (faults.strikes(Fault::flip)) {
+        byte = static_cast<uint8_t>(byte ^ 1u << faults.dice(Fault::flip).below(8));
+        append(text, "flip");
+    }
+    bytes.push_back(byte);
+    if (faults.strikes(Fault::dup)) {
+        bytes.push_back(byte);
+        append(text, "dup");
+    }
 }
 
 void ReplyPath::sendNoise() {

@@ -17,6 +17,10 @@ class ReplyPath {
 
     /* kind: name under which it is counted. */
     void send(Bytes reply, const std::string &kind);
+    /* While the line is lent to a transfer, nothing but answers gets out beside it. */
+    void lend(bool lent) { m_lent = lent; }
+    /* What a transfer says: hit by faults as a reply is, but it has no address, and no terminator to lose. */
+    void sendTransfer(const Bytes &bytes);
     /* As it is. */
     void sendRaw(const Bytes &bytes, const std::string &text);
     /* Acknowledgements without end while the flood fault of this serial number lasts. */
@@ -30,7 +34,8 @@ class ReplyPath {
   private:
     void sendRuns();
     void sendNoise();
-    Bytes damage(const Bytes &reply, std::string &text);
+    Bytes damage(const Bytes &bytes, std::string &text);
+    void damage(Bytes &bytes, uint8_t byte, std::string &text);
     void hold(const Bytes &bytes, const std::string &text);
     void release();
 
@@ -38,6 +43,7 @@ class ReplyPath {
     Line &m_line;
     std::function<unsigned()> m_baud;
     unsigned m_reports = 0;
+    bool m_lent = false;
     Bytes m_held;
     std::string m_heldText;
     std::map<std::string, unsigned long> m_counts;

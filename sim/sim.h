@@ -43,6 +43,24 @@
  * when it is over. A motion that replaces another goes on without a report.
  * - A one-push focus in a rectangle is cut where one of its values has a byte 0xFF, as every packet is.
  *
+ * - An upgrade, 01 04 AA, is not answered: the line belongs to XMODEM at once, and the module receives the
+ * files of the mask one after the other, bit 0 uimage, bit 1 program, bit 10 patch. It flashes them when all
+ * have come and are good, and then runs the new version without a word. A file may begin with a line
+ *     viscacam-image KIND VERSION LENGTH CRC32
+ * kind as above, length in decimal and CRC-32 in hex of all bytes behind the line; then kind, length and CRC
+ * must be right, and the module tells VERSION from then on (a patch's as the program's). A file without the
+ * line is good as it is and changes no version. A supply that fails meanwhile makes the upgrade fail.
+ * - A log export, 01 04 A7, is not answered either: the module sends a .tgz by XMODEM with blocks of 128
+ * bytes, padded with NUL to whole blocks, which tar accepts. A module of the second generation does so at
+ * 115200 bit/s and is back at its own rate afterwards.
+ * - While a transfer runs, nothing else is heard or sent. Only the upgrade state inquiry 09 04 A9 is answered
+ * until the host has begun with a file. XMODEM's times are real ones, whatever the time scale.
+ * - An AF debug packet is answered by 66, a length byte and "ok " with the text's printable characters, 127
+ * at most in all. A pause of a second inside it ends it; its bytes are noise then.
+ *
+ * XMODEM is played by rx and sx of the package lrzsz, the archive is made by tar: both must be in PATH, else
+ * an upgrade or export fails with a remark in the trace. Programs and temporary files end with the Camera.
+ *
  * Threads: every Camera has one thread of its own, asleep in ppoll() unless a byte or a deadline is due; an
  * idle camera wakes up never. All member functions may be called from any thread, and from the trace
  * callback, except where a comment says otherwise. All times are of the monotonic clock.
@@ -157,6 +175,11 @@ struct KovaOptions {
     };
     std::array<Board, 3> boards{{{1, 1}, {2, 1}, {3, 2}}}; /* encoder, sensor, motor */
     int temperature = 41;                                  /* degrees, -127 to 128 */
+    std::chrono::milliseconds flashTime{2000};             /* of an upgrade, 0 to 10 min */
+    unsigned upgradeEndsIn = 4; /* state of an upgrade whose files are good: 4 success, 5 failure */
+    /* A transfer is given up when nothing comes from the host for so long, in real time; 1 ms to 10 min. A
+       host that has not understood a byte is silent for up to 14 s. */
+    std::chrono::milliseconds transferPatience{20000};
     bool sceneMoves = true; /* luma and focus value rise and fall in 20 s; false: luma stays at 0x80 */
 };
 
@@ -168,6 +191,8 @@ struct Options {
     double frameRate = 59.94; /* vertical periods a second, 1 to 1000; 50 for a 25-frame norm. At 50 and less
                                  the slow shutters are 1/3, 1/6, 1/12, 1/25 s, else 1/4, 1/8, 1/15, 1/30 s */
     Latency latency = Latency::none();
+    bool completesAtOnce = false; /* the completion of what needs no motion follows directly behind the
+                                     acknowledgement; false: a vertical period later */
     std::chrono::milliseconds bootTime{3000}; /* after supply, power-on command and reset; 0 to 10 min */
     Power start = Power::booting; /* state when the camera starts; booting announces itself with 90 38 FF */
     bool silentWhileBooting =
@@ -218,12 +243,27 @@ struct Options {
  * - afValue1 to afValue4 (of the point or rectangle), debugItem, debugValue, zoomReports, focusReports
  */
 
+/* A file that a Kova module has received. */
+struct KovaFile {
+    std::string kind; /* "uimage", "program", "patch" */
+    size_t size;      /* bytes with the padding of the last block */
+};
+
 /* What a Kova module believes beside its settings; all 0 on a block. */
 struct KovaState {
     uint32_t ability = 0;
-    uint32_t clock = 0;      /* seconds as last set */
-    unsigned luma = 0;       /* of the scene now */
-    uint32_t focusValue = 0; /* of the picture now */
+    uint32_t clock = 0;                  /* seconds as last set */
+    unsigned luma = 0;                   /* of the scene now */
+    uint32_t focusValue = 0;             /* of the picture now */
+    unsigned upgradeState = 0;           /* 0 none yet, 1 receiving, 3 flashing, 4 success, 5 failed */
+    uint32_t upgradeMask = 0;            /* of the last upgrade, a bit for each file */
+    std::vector<KovaFile> filesReceived; /* by the last upgrade, in the order of arrival */
+    unsigned long logExports = 0;        /* begun */
+    unsigned long logSaves = 0;
+    bool transferring = false;            /* the line belongs to XMODEM now */
+    unsigned long transfersCompleted = 0; /* of either direction */
+    unsigned long transfersFailed = 0;
+    unsigned long transferBlocks = 0; /* seen on the line, repeated ones too; rises while one runs */
 };
 
 struct State {
@@ -247,7 +287,7 @@ struct State {
      * IF_Clear, "long" packets of more than 16 bytes, "other" once there are more kinds than anybody needs.
      */
     std::map<std::string, unsigned long> seen;
-    /* Replies by kind: "ack", "completion", "answer", "power-up", "report", "error 02", "error 41", ... */
+    /* Replies by kind: "ack", "completion", "answer", "power-up", "report", "AF debug", "error 02", ... */
     std::map<std::string, unsigned long> sent;
     unsigned long packetsSeen = 0;    /* all packets that arrived, ignored ones too */
     unsigned long ignoredPackets = 0; /* for another address, or while off, booting or mute */
@@ -329,6 +369,9 @@ class Camera {
     /* Have a Kova module ask the host to set the image parameters again: 90 07 00 EF FF. Nothing is sent
      * unless it is on. Throws std::invalid_argument on a block. */
     void requestConfiguration();
+    /* The file of a kind ("uimage", "program", "patch") that the last upgrade has brought, with the padding
+     * of its last block; empty if there is none. */
+    Bytes receivedFile(const std::string &kind) const;
     /* Send bytes to the host as they are, paced as a reply is; no fault changes them. */
     void sendRaw(const Bytes &bytes);
 

@@ -1,5 +1,7 @@
 #include "sim/simulation.h"
 
+#include "sim/af_debug.h"
+
 #include <algorithm>
 #include <exception>
 #include <stdexcept>
@@ -12,16 +14,17 @@ namespace {
 constexpr size_t MOST_AT_ONCE = 4096;
 constexpr size_t LONGEST_JUNK = 64; // one trace event
 
-uint8_t secondHeader(const std::string &camera) {
-    return isKova(traitsOf(findCamera(camera))) ? KOVA_HEADER : 0;
+Framer framerOf(const Traits &traits) {
+    return isKova(traits) ? Framer(KOVA_HEADER, true) : Framer();
 }
 
 } // namespace
 
 Simulation::Simulation(const Options &options, Clock::time_point now)
     : m_world(options, now), m_pty(options.link), m_line(m_pty, m_world.options),
-      m_replies(m_world, m_line, [this] { return baud(); }), m_framer(secondHeader(options.camera)),
-      m_block(m_world, m_replies, traitsOf(findCamera(options.camera))) {
+      m_replies(m_world, m_line, [this] { return baud(); }), m_transfer(m_world, m_line, m_replies, m_pty),
+      m_framer(framerOf(traitsOf(findCamera(options.camera)))),
+      m_block(m_world, m_replies, m_transfer, traitsOf(findCamera(options.camera))) {
     for (const std::string &fault : options.faults)
         parseFault(fault); // a wrong one is told before anything is opened
     m_pty.open();
@@ -37,8 +40,10 @@ void Simulation::pass(Clock::time_point now) {
     m_line.unblock();
     readLine();
     m_world.scheduler.run(now);
+    m_transfer.pass();
     for (TraceEvent &event : m_line.write(now, baud()))
         m_world.record(std::move(event));
+    m_transfer.settle();
 }
 
 std::optional<Clock::time_point> Simulation::next() const {
@@ -52,7 +57,7 @@ std::optional<Clock::time_point> Simulation::next() const {
 unsigned Simulation::baud() const {
     if (m_world.faults.active(Fault::rate))
         return static_cast<unsigned>(m_world.faults.value(Fault::rate));
-    return m_world.options.baud;
+    return m_transfer.baud() != 0 ? m_transfer.baud() : m_world.options.baud;
 }
 
 /* ---- The way in ---- */
@@ -86,6 +91,7 @@ void Simulation::hearNoise(const uint8_t *bytes, size_t count, unsigned hostBaud
 
 void Simulation::hear(const uint8_t *bytes, size_t count) {
     Clock::time_point end = m_world.now;
+    Bytes transferred;
     for (size_t i = 0; i < count; ++i) {
         const Line::Span span = m_line.received(m_world.now, baud());
         end = span.end;
@@ -93,10 +99,28 @@ void Simulation::hear(const uint8_t *bytes, size_t count) {
             m_world.remark("drop-tx: a byte is lost on the way to the camera");
             continue;
         }
+        if (m_transfer.takes(bytes[i], m_framer.insidePacket())) {
+            transferred.push_back(bytes[i]);
+            continue;
+        }
         if (const auto packet = m_framer.push(bytes[i], span.begin, span.end))
             hearPacket(*packet);
     }
     flushJunk(end);
+    if (!transferred.empty())
+        m_transfer.hear(transferred, end);
+    else if (m_framer.insideAfDebug())
+        awaitRestOfAfDebug(end);
+}
+
+void Simulation::awaitRestOfAfDebug(Clock::time_point end) {
+    m_lastHeard = end;
+    m_world.scheduler.at(end + m_world.real(AF_DEBUG_PAUSE), [this, end] {
+        if (!m_framer.insideAfDebug() || m_lastHeard != end)
+            return;
+        m_framer.abandon();
+        flushJunk(m_world.now);
+    });
 }
 
 void Simulation::hearPacket(const Packet &packet) {
@@ -269,6 +293,8 @@ void Simulation::endFault(Fault fault) {
     if (!begun)
         return;
     m_world.remark("fault over: " + faultName(fault));
+    if (fault == Fault::upgradeStuck)
+        m_block.upgrade().unstick();
     if (fault == Fault::boot)
         m_block.supplyOn();
     if (fault == Fault::replug || fault == Fault::hangUp)

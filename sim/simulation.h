@@ -7,6 +7,7 @@
 #include "sim/line.h"
 #include "sim/pty.h"
 #include "sim/reply_path.h"
+#include "sim/transfer.h"
 #include "sim/world.h"
 
 #include <optional>
@@ -30,6 +31,8 @@ class Simulation {
     const Pty &pty() const { return m_pty; }
     bool wantsToRead() const;
     bool wantsToWrite() const { return m_line.blocked(); }
+    /* Readable when a transfer goes on; -1: there is none. */
+    int transferDescriptor() const { return m_transfer.descriptor(); }
 
     void setFault(const std::string &text, Clock::time_point now);
     void clearFault(const std::string &name, Clock::time_point now);
@@ -42,6 +45,7 @@ class Simulation {
     void requestConfiguration(Clock::time_point now);
 
     State state(Clock::time_point now);
+    Bytes receivedFile(const std::string &kind) const { return m_block.received(kind); }
     std::vector<TraceEvent> takeDiary();
 
   private:
@@ -51,6 +55,7 @@ class Simulation {
     void hearNoise(const uint8_t *bytes, size_t count, unsigned hostBaud);
     void hearPacket(const Packet &packet);
     std::string describe(const Packet &packet) const;
+    void awaitRestOfAfDebug(Clock::time_point end);
     void flushJunk(Clock::time_point when);
     void beginFault(const FaultOrder &order);
     void endFault(Fault fault);
@@ -64,7 +69,9 @@ class Simulation {
     Pty m_pty;
     Line m_line;
     ReplyPath m_replies;
+    Transfer m_transfer;
     Framer m_framer;
+    Clock::time_point m_lastHeard{}; /* end of the last byte that is not of a transfer */
     Block m_block;
     unsigned long m_packets = 0;
     unsigned long m_noise = 0;

@@ -31,12 +31,28 @@ Json socketsOf(const State &state) {
     return json;
 }
 
+Json filesOf(const std::vector<KovaFile> &files) {
+    Json json = Json::array();
+    for (const KovaFile &file : files)
+        json.push_back({{"kind", file.kind}, {"size", file.size}});
+    return json;
+}
+
 Json kovaOf(const KovaState &kova) {
     Json json;
     json["ability"] = hex(kova.ability, 8);
     json["clock"] = kova.clock;
     json["luma"] = kova.luma;
     json["focusValue"] = kova.focusValue;
+    json["upgradeState"] = kova.upgradeState;
+    json["upgradeMask"] = hex(kova.upgradeMask, 8);
+    json["filesReceived"] = filesOf(kova.filesReceived);
+    json["logExports"] = kova.logExports;
+    json["logSaves"] = kova.logSaves;
+    json["transferring"] = kova.transferring;
+    json["transfersCompleted"] = kova.transfersCompleted;
+    json["transfersFailed"] = kova.transfersFailed;
+    json["transferBlocks"] = kova.transferBlocks;
     return json;
 }
 
