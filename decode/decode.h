@@ -205,10 +205,16 @@ struct Piece {
     Bytes bytes;
 };
 
+/// A longer silence ends a piece.
+constexpr Microseconds kLongestGap{1000000};
+
+/// Whether a packet of this direction can begin with the byte.
+bool StartsPacket(Direction direction, std::uint8_t byte);
+
 /// Cuts the bytes of one direction into pieces. To the camera a packet starts with 81 to 88 or 71; from the
 /// camera with 90, or with 66 for an AF debug answer (66, length, text). It ends with FF, within 16 bytes. AF
-/// debug packets to the camera (81 66 66 66, length, text) end by their length. A silence of more than a
-/// second ends a piece. No piece is longer than 257 bytes; together the pieces are exactly the stream.
+/// debug packets to the camera (81 66 66 66, length, text) end by their length. A silence of more than
+/// kLongestGap ends a piece. No piece is longer than 257 bytes; together the pieces are exactly the stream.
 class Splitter {
   public:
     explicit Splitter(Direction direction);
@@ -220,6 +226,9 @@ class Splitter {
     /// Ends the piece that is under way, if any: at the end of a stream.
     void Flush(std::vector<Piece> &out);
 
+    /// Whether no piece is under way.
+    bool IsIdle() const { return state_ == State::Idle; }
+
   private:
     enum class State { Idle, Noise, Packet, Debug };
 
@@ -228,12 +237,35 @@ class Splitter {
     void EndIfComplete(std::vector<Piece> &out);
     void EndDebug(std::vector<Piece> &out);
     void End(Piece::Sort sort, std::vector<Piece> &out);
-    bool Starts(std::uint8_t byte) const;
+    bool Starts(std::uint8_t byte) const { return StartsPacket(direction_, byte); }
 
     Direction direction_;
     State state_ = State::Idle;
     std::uint64_t position_ = 0;
     Piece held_;
+};
+
+/// Cuts bytes of both directions that stand in one stream, as when a listener is wired to both lines: what
+/// belongs to which follows from the first byte of a packet. Noise is ascribed to the direction given.
+class MixedSplitter {
+  public:
+    explicit MixedSplitter(Direction noise);
+
+    /// As those of Splitter.
+    void Feed(Microseconds time, const std::uint8_t *bytes, std::size_t size, std::vector<Piece> &out);
+    void Flush(std::vector<Piece> &out);
+
+  private:
+    void Take(Microseconds time, std::uint8_t byte, std::vector<Piece> &out);
+    void TakeOver(std::vector<Piece> &from, std::vector<Piece> &out);
+
+    Direction noise_;
+    Splitter to_camera_;
+    Splitter from_camera_;
+    Splitter *active_ = nullptr; // the one that holds a piece
+    bool in_noise_ = false;
+    Microseconds latest_{0};
+    std::uint64_t position_ = 0; // of the next piece
 };
 
 } // namespace decode

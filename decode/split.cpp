@@ -11,7 +11,6 @@ constexpr std::size_t kShortestPacket = 3;
 constexpr std::size_t kLongestPacket = 16;
 constexpr std::size_t kLongestNoise = 64;
 constexpr std::size_t kDebugHeader = 5; // 81 66 66 66 and the length
-constexpr Microseconds kLongestGap{1000000};
 
 bool HasDebugHeader(const Bytes &bytes) {
     return bytes.size() == kDebugHeader - 1 && bytes[0] == 0x81 && bytes[1] == kDebugMark &&
@@ -25,6 +24,12 @@ bool IsDebugLength(std::uint8_t byte) {
 }
 
 } // namespace
+
+bool StartsPacket(Direction direction, std::uint8_t byte) {
+    if (direction == Direction::FromCamera)
+        return byte == 0x90 || byte == kDebugMark;
+    return (byte >= 0x81 && byte <= 0x88) || byte == 0x71;
+}
 
 Splitter::Splitter(Direction direction) : direction_(direction) {}
 
@@ -98,12 +103,6 @@ void Splitter::End(Piece::Sort sort, std::vector<Piece> &out) {
     out.push_back(std::move(held_));
     held_ = Piece();
     state_ = State::Idle;
-}
-
-bool Splitter::Starts(std::uint8_t byte) const {
-    if (direction_ == Direction::FromCamera)
-        return byte == 0x90 || byte == kDebugMark;
-    return (byte >= 0x81 && byte <= 0x88) || byte == 0x71;
 }
 
 } // namespace decode

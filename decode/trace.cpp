@@ -14,9 +14,9 @@ std::string TimeText(Microseconds time) {
     return text;
 }
 
-std::string BytesText(const std::uint8_t *bytes, std::size_t size, std::size_t columns) {
-    std::string text = size == 0 ? "" : HexText(bytes, std::min(size, kTraceMostBytes));
-    if (size > kTraceMostBytes)
+std::string BytesText(const std::uint8_t *bytes, std::size_t size, std::size_t columns, std::size_t most) {
+    std::string text = size == 0 ? "" : HexText(bytes, std::min(size, most));
+    if (size > most)
         text += " ..";
     const std::size_t width = columns == 0 ? 0 : columns * 3 - 1;
     if (text.size() < width)
@@ -28,8 +28,13 @@ std::string BytesText(const std::uint8_t *bytes, std::size_t size, std::size_t c
 
 std::string TraceLine(Microseconds time, Direction direction, const std::uint8_t *bytes, std::size_t size,
                       const std::string &meaning, std::size_t columns) {
-    const char *arrow = direction == Direction::ToCamera ? "  ->camera  " : "  <-camera  ";
-    return TimeText(time) + arrow + BytesText(bytes, size, columns) + "  " + meaning;
+    return TimeText(time) + "  " + PacketText(direction, bytes, size, meaning, columns);
+}
+
+std::string PacketText(Direction direction, const std::uint8_t *bytes, std::size_t size,
+                       const std::string &meaning, std::size_t columns, std::size_t most) {
+    const char *arrow = direction == Direction::ToCamera ? "->camera  " : "<-camera  ";
+    return arrow + BytesText(bytes, size, columns, most) + "  " + meaning;
 }
 
 Trace::Trace(std::size_t columns) : columns_(columns) {}

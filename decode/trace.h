@@ -20,6 +20,11 @@ constexpr std::size_t kTraceMostBytes = 24;
 std::string TraceLine(Microseconds time, Direction direction, const std::uint8_t *bytes, std::size_t size,
                       const std::string &meaning, std::size_t columns = kTraceColumns);
 
+/// The same without the time: direction, bytes and meaning. `most`: as kTraceMostBytes.
+std::string PacketText(Direction direction, const std::uint8_t *bytes, std::size_t size,
+                       const std::string &meaning, std::size_t columns = kTraceColumns,
+                       std::size_t most = kTraceMostBytes);
+
 /// Turns packets into lines as they pass. One thread at a time.
 class Trace {
   public:
