@@ -31,10 +31,8 @@ class Drives {
     /* Run a procedure, which may take its time; one at a time, and no drive beside it. Returns its result. */
     template <typename Call>
     uint32_t perform(Call call) {
-        beginProcedure();
-        const uint32_t result = call();
-        endProcedure();
-        return result;
+        const Procedure running(*this);
+        return call();
     }
 
     enum class End {
@@ -54,6 +52,14 @@ class Drives {
     End finish(const Limits &limits);
 
   private:
+    struct Procedure {
+        explicit Procedure(Drives &of) : drives(of) { drives.beginProcedure(); }
+        ~Procedure() { drives.endProcedure(); }
+        Procedure(const Procedure &) = delete;
+        Procedure &operator=(const Procedure &) = delete;
+        Drives &drives;
+    };
+
     void parkIfOver(std::unique_lock<std::mutex> &lock) const;
     void beginProcedure();
     void endProcedure();

@@ -19,6 +19,8 @@ std::string shown(const ModuleType &type);
  * Throws std::invalid_argument; its text lists the known names and codes.
  */
 const ModuleType &findModuleType(const std::string &nameOrCode);
+/* The same, but the text speaks of a camera. */
+const ModuleType &findCameraType(const std::string &nameOrCode);
 
 bool isKova(uint32_t moduleType);
 bool isSecondKova(uint32_t moduleType); /* the second generation of them */

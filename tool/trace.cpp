@@ -14,6 +14,7 @@ namespace tool {
 namespace {
 
 constexpr std::chrono::milliseconds HOLD{50};
+constexpr size_t SOURCE_COLUMNS = 9;
 constexpr size_t BYTE_COLUMNS = 9; // the longest packet of the lens with one position
 
 std::string padded(std::string text, size_t width) {
@@ -65,8 +66,8 @@ Trace::~Trace() {
 }
 
 void Trace::packet(Clock::time_point time, decode::Direction direction, const decode::Bytes &bytes,
-                   const std::string &note) {
-    add(time, {Entry::Kind::packet, note, direction, bytes});
+                   const std::string &note, const std::string &source) {
+    add(time, {Entry::Kind::packet, note, direction, bytes, source});
 }
 
 void Trace::log(uint32_t level, const std::string &message) {
@@ -112,13 +113,15 @@ std::string Trace::renderedPacket(Clock::time_point time, const Entry &entry) {
     // A report that came later than it should have is put into words as if it were new.
     const auto since = std::chrono::duration_cast<decode::Microseconds>(time - m_start);
     m_latest = std::max(m_latest, since);
-    const decode::Meaning meaning = m_conversation.Next(entry.direction, m_latest, entry.bytes);
+    const decode::Meaning meaning =
+        m_conversations[entry.source].Next(entry.direction, m_latest, entry.bytes);
     const std::string note = entry.text.empty() ? "" : " [" + printable(entry.text) + "]";
     const bool trouble =
         meaning.surprise || meaning.kind == decode::Kind::Error || meaning.kind == decode::Kind::Noise;
     const std::string words = styled(meaning.text + note, trouble ? Style::warning : Style::plain, m_colours);
-    return decode::TraceLine(since, entry.direction, entry.bytes.data(), entry.bytes.size(), words,
-                             BYTE_COLUMNS);
+    const std::string source = entry.source.empty() ? "" : padded(entry.source, SOURCE_COLUMNS) + "  ";
+    return source + decode::TraceLine(since, entry.direction, entry.bytes.data(), entry.bytes.size(), words,
+                                      BYTE_COLUMNS);
 }
 
 std::string Trace::rendered(Clock::time_point time, const Entry &entry) {

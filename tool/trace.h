@@ -38,9 +38,12 @@ class Trace {
     Trace(const Trace &) = delete;
     Trace &operator=(const Trace &) = delete;
 
-    /* A packet, or a run of bytes that is none. note: what else is known about it, may be empty. */
+    /*
+     * A packet, or a run of bytes that is none. note: what else is known about it, may be empty. source: on
+     * which of several lines, as the line of text then says; each line has a conversation of its own.
+     */
     void packet(Clock::time_point time, decode::Direction direction, const decode::Bytes &bytes,
-                const std::string &note = "");
+                const std::string &note = "", const std::string &source = "");
     /* A line of the library's or the host's log: its level (VISCA_LOG_*) and message. */
     void log(uint32_t level, const std::string &message);
     /* Something that happened without bytes: "camera: power on". */
@@ -61,6 +64,7 @@ class Trace {
         std::string text; /* of a packet: its note */
         decode::Direction direction = decode::Direction::ToCamera;
         decode::Bytes bytes = {};
+        std::string source = {};
     };
 
     void add(Clock::time_point time, Entry entry);
@@ -72,9 +76,9 @@ class Trace {
 
     const bool m_colours = stdoutHasColours();
     const Clock::time_point m_start = Clock::now();
-    bool m_outputLost = false;           /* printer's thread only */
-    decode::Conversation m_conversation; /* printer's thread only */
-    decode::Microseconds m_latest{0};    /* printer's thread only */
+    bool m_outputLost = false;                                   /* printer's thread only */
+    std::map<std::string, decode::Conversation> m_conversations; /* of each source; printer's thread only */
+    decode::Microseconds m_latest{0};                            /* printer's thread only */
 
     std::mutex m_mutex;
     std::condition_variable m_changed;
