@@ -54,6 +54,9 @@ target_include_directories(viscacam_objects PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}
 target_compile_options(viscacam_objects PRIVATE -fno-exceptions -fno-rtti -fno-threadsafe-statics -fvisibility=hidden
     -pthread -ffunction-sections -fdata-sections)
 target_link_libraries(viscacam_objects PRIVATE viscacam_warnings)
+if(VISCACAM_COVERAGE)
+    target_compile_options(viscacam_objects PRIVATE -O0 --coverage -fprofile-update=atomic)
+endif()
 
 add_library(viscacam_shared SHARED $<TARGET_OBJECTS:viscacam_objects>)
 add_library(viscacam_static STATIC $<TARGET_OBJECTS:viscacam_objects>)
@@ -62,9 +65,12 @@ foreach(target viscacam_shared viscacam_static)
     target_include_directories(${target} PUBLIC
         "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>" "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
     target_link_libraries(${target} PUBLIC -pthread)
+    if(VISCACAM_COVERAGE)
+        target_link_options(${target} PUBLIC --coverage)
+    endif()
 endforeach()
 set_target_properties(viscacam_shared PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${VISCACAM_SOVERSION})
 set_target_properties(viscacam_shared PROPERTIES EXPORT_NAME viscacam)
-target_link_options(viscacam_shared PRIVATE -Wl,--as-needed -Wl,--gc-sections -Wl,-z,relro -Wl,-z,now)
+target_link_options(viscacam_shared PRIVATE -Wl,--as-needed -Wl,--gc-sections -Wl,-Bsymbolic-functions -Wl,-z,relro -Wl,-z,now)
 add_library(viscacam::viscacam ALIAS viscacam_shared)
 add_library(viscacam::viscacam_static ALIAS viscacam_static)

@@ -1,5 +1,6 @@
-set(CMAKE_SYSTEM_NAME Linux)
+# 32-bit ARM, hard float: Debian's cross compiler; what is built runs under qemu-arm.
+set(VISCACAM_CROSS_TRIPLE arm-linux-gnueabihf)
 set(CMAKE_SYSTEM_PROCESSOR arm)
-set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)
-set(CMAKE_CXX_COMPILER arm-linux-gnueabihf-g++)
-set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm -L /usr/arm-linux-gnueabihf)
+set(VISCACAM_CROSS_EMULATOR qemu-arm)
+set(CMAKE_CXX_FLAGS_INIT -Wno-psabi) # a remark on compilers before gcc 7, at every use of the JSON headers
+include("${CMAKE_CURRENT_LIST_DIR}/cross/toolchain.cmake")
