@@ -247,7 +247,8 @@ void CameraTest::ExpectOneInFlight() {
         if (IsCommandSent(step.text)) {
             EXPECT_EQ(flying, "") << "was still under way before " << step.text;
             flying = step.text;
-        } else if (StartsWith(step.text, "put 1 ") || Contains(step.text, kTimeOut)) {
+        } else if (StartsWith(step.text, "put 1 ") || Contains(step.text, kTimeOut) ||
+                   Contains(step.text, "ViscaCamComSend failed!")) {
             flying.clear();
         }
     }

@@ -111,7 +111,7 @@ class CameraTest : public ::testing::Test {
     static uint64_t TimeOuts();
     /** Library seconds between the n-th and the next command that was written, n from 0. */
     static double PauseAfterCommand(size_t n);
-    /** No command was written before the one in front had its result or its time was over. */
+    /** No command was written before the one in front had its result, its time was over or it was unsent. */
     static void ExpectOneInFlight();
 
     /** Queue a command given without terminator: Queue("81 01 04 07 00"). */

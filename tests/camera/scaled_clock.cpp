@@ -1,6 +1,7 @@
 #include "tests/camera/scaled_clock.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <ctime>
 #include <mutex>
@@ -59,8 +60,10 @@ timeval Hurried(const timeval &time) {
 }
 
 thread_local std::function<bool(double)> t_pauseHook;
+std::atomic<uint64_t> g_waits;
 
 void Pause(double seconds) {
+    ++g_waits;
     if (t_pauseHook && t_pauseHook(seconds)) {
         return;
     }
@@ -100,11 +103,16 @@ double LibrarySeconds() {
     return Now(TheClock());
 }
 
+uint64_t LibraryWaits() {
+    return g_waits;
+}
+
 } // namespace camera
 
 extern "C" {
 
 int __wrap_select(int count, fd_set *reads, fd_set *writes, fd_set *errors, timeval *timeout) {
+    ++camera::g_waits;
     if (timeout == nullptr) {
         return __real_select(count, reads, writes, errors, nullptr);
     }

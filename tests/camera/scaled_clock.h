@@ -15,6 +15,7 @@
 #ifndef VISCACAM_TESTS_CAMERA_SCALED_CLOCK_H
 #define VISCACAM_TESTS_CAMERA_SCALED_CLOCK_H
 
+#include <cstdint>
 #include <functional>
 #include <string>
 
@@ -36,6 +37,9 @@ void OnPause(std::function<bool(double)> hook);
 
 /** Seconds of the library's monotonic clock. */
 double LibrarySeconds();
+
+/** Waits and pauses that all threads of the library have begun so far. */
+uint64_t LibraryWaits();
 
 } // namespace camera
 

@@ -145,6 +145,17 @@ std::string Command::waitFor(const std::string &text) {
     }
 }
 
+void Command::waitForPrompt(const std::string &text) {
+    const Clock::time_point end = Clock::now() + kPatience;
+    while (m_out.size() < text.size() || m_out.compare(m_out.size() - text.size(), text.size(), text) != 0) {
+        const auto left = std::chrono::duration_cast<milliseconds>(end - Clock::now());
+        if (left.count() <= 0 || !pump(left)) {
+            ADD_FAILURE() << "no prompt \"" << text << "\" behind:\n" << m_out << m_err;
+            return;
+        }
+    }
+}
+
 int Command::finish() {
     const Clock::time_point end = Clock::now() + kPatience;
     while (Clock::now() < end && pump(std::chrono::duration_cast<milliseconds>(end - Clock::now()))) {}

@@ -35,6 +35,8 @@ class Command {
     /** Wait for a line of standard output that holds a text, behind the one that was waited for last. Returns
      * it without newline; empty when it never came. */
     std::string waitFor(const std::string &text);
+    /** Wait until the output ends with a text that has no newline: a prompt. */
+    void waitForPrompt(const std::string &text);
     /** Wait for the end. Returns the exit status, or the negative number of the signal that ended it. */
     int finish();
 

@@ -14,7 +14,7 @@ using ::testing::SizeIs;
 namespace {
 
 const char kKnown[] =
-    "known are sony1 (0x02000001), sony3 (0x02000003), sony4 (0x02000004), sony5 (0x02000005), kova1 ";
+    "known are\n  sony1 (0x02000001), sony3 (0x02000003), sony4 (0x02000004), sony5 (0x02000005),\n  kova1 ";
 
 void expectWrongUsage(const std::vector<std::string> &arguments, const std::string &why) {
     Command command(arguments);
@@ -42,8 +42,10 @@ TEST(Usage, TheVersionIsThatOfTheLibrary) {
 
 TEST(Usage, EachHelpFitsOnAScreenAndHasAnExample) {
     expectHelpOnOneScreen({"--help"});
+    expectHelpOnOneScreen({"ctl", "--help"});
     expectHelpOnOneScreen({"demo", "--help"});
     expectHelpOnOneScreen({"sim", "--help"});
+    expectHelpOnOneScreen({"doctor", "--help"});
 }
 
 TEST(Usage, AnUnknownCameraIsAnsweredByTheKnownOnes) {
@@ -75,13 +77,14 @@ TEST(Usage, AnUnknownFaultIsAnsweredByTheKnownOnes) {
 }
 
 TEST(Usage, WhatCannotBeMeantIsRefused) {
-    expectWrongUsage({}, "viscacam: say what to do: demo or sim;");
+    expectWrongUsage({}, "viscacam: say what to do: ctl, demo, sim");
     expectWrongUsage({"nonsense"}, "The following argument was not expected: nonsense");
     expectWrongUsage({"demo", "--baud", "1200"}, "--baud: 1200 not in {9600,19200,38400}");
     expectWrongUsage({"demo", "--type", "sony1"}, "--type requires --port");
     expectWrongUsage({"demo", "--port", "/dev/null", "--camera", "sony1"}, "excludes");
     expectWrongUsage({"demo", "--port", ""}, "no device is given");
-    expectWrongUsage({"sim", "--latency", "some"}, "--latency: some not in {real,none}");
+    expectWrongUsage({"sim", "--latency", "some"},
+                     "--latency: some is neither real nor none nor milliseconds");
     expectWrongUsage({"sim", "--boot", "-1"}, "--boot");
 }
 

@@ -35,6 +35,7 @@ class Pty {
         }
         m_strPath = acName;
         close(iSlave);
+        fcntl(m_iMaster, F_SETFD, FD_CLOEXEC); // a program that a test starts is no camera
     }
     ~Pty() { Close(); }
     Pty(const Pty &) = delete;

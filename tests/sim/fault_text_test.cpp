@@ -38,6 +38,13 @@ TEST(FaultText, AWrongValueIsAnsweredWithTheRange) {
     EXPECT_THAT(refusalOf("rate=12"), HasSubstr("bit/s, 1200 to 115200"));
 }
 
+TEST(FaultText, AFractionOfSomethingThatIsCountedIsTold) {
+    for (const char *fault : {"wrong-socket=2.5", "address=1.5", "error=65.5", "power-cut=1.5", "rate=9600.5",
+                              "length=2.5", "transfer-abort=1.5", "upgrade-state=4.5"})
+        EXPECT_THAT(refusalOf(fault), HasSubstr("is no whole number")) << fault;
+    EXPECT_THAT(refusalOf("no-ack#1.5"), HasSubstr("count \"1.5\" is no whole number"));
+}
+
 TEST(FaultText, AMissingOrNeedlessValueIsTold) {
     EXPECT_THAT(refusalOf("drop-rx"), HasSubstr("none is given"));
     EXPECT_THAT(refusalOf("busy=3"), HasSubstr("busy takes no value"));

@@ -182,8 +182,10 @@ TEST(Faults, AddressChangesWhoReplies) {
 
 TEST(Faults, ErrorRefusesCommandsAndInquiries) {
     Desk desk("error=0x41");
-    EXPECT_EQ(desk.host.ask(COMMAND), "90 60 41 FF");
+    EXPECT_EQ(desk.host.ask(COMMAND), "90 61 41 FF") << "of the socket that it would have had";
     EXPECT_EQ(desk.host.ask(INQUIRY), "90 60 41 FF");
+    desk.camera.setFault("error=2");
+    EXPECT_EQ(desk.host.ask(COMMAND), "90 60 02 FF");
     EXPECT_EQ(desk.camera.state().setting("mirror"), 3);
 }
 

@@ -43,7 +43,7 @@ void HostEnd::setBaud(unsigned baud) const {
     termios settings{};
     tcgetattr(m_descriptor, &settings);
     cfmakeraw(&settings);
-    cfsetspeed(&settings, baud == 38400 ? B38400 : baud == 19200 ? B19200 : B9600);
+    cfsetspeed(&settings, baud == 115200 ? B115200 : baud == 38400 ? B38400 : baud == 19200 ? B19200 : B9600);
     tcsetattr(m_descriptor, TCSANOW, &settings);
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <fstream>
 
 namespace unit {
 namespace {
@@ -48,6 +49,16 @@ TEST_F(LogTest, TheFileIsABaseNameOfASourceFile) {
     const std::string file = OneLine().log.file;
     EXPECT_EQ(std::string::npos, file.find('/'));
     EXPECT_EQ(".cpp", file.substr(file.size() - 4));
+}
+
+TEST_F(LogTest, TheLineIsTheOneThatLogs) {
+    const std::string here = __FILE__;
+    std::ifstream source(here.substr(0, here.rfind("tests/unit/")) + "visca_sony_ctrl/system/power.cpp");
+    ASSERT_TRUE(source.is_open());
+    const int number = OneLine().log.line;
+    std::string line;
+    for (int i = 0; i < number && std::getline(source, line); ++i) {}
+    EXPECT_EQ("    LOG_DEBUG(\"FUN_ENTRY--param:bPowerOn[%lu]\\n\", UL(bPowerOn));", line) << number;
 }
 
 TEST_F(LogTest, FiveLevelsHaveTheirTags) {

@@ -1,6 +1,8 @@
 // The focus near limit: a code for each distance and module, then the camera focuses again.
 #include "tests/unit/unit_test.h"
 
+#include <cctype>
+
 namespace unit {
 namespace {
 
@@ -64,6 +66,8 @@ TEST_F(NearLimitTest, EachDistanceHasItsCodeAndThenTheCameraFocuses) {
             EXPECT_EQ(0U, SONY_SetMinFocusLen(distance));
             EXPECT_THAT(Host().Commands(), ElementsAre(Limit(nibble), row.trigger)) << std::hex << row.type;
             EXPECT_THAT(Complained(), IsEmpty());
+            const std::string code = {static_cast<char>(tolower(nibble)), '0', '0', '0'};
+            EXPECT_EQ(Set(distance, code), Host().Log()[1]);
         }
     }
 }
@@ -78,6 +82,8 @@ TEST_F(NearLimitTest, EveryOtherDistanceTakesTheModulesDefaultWithItsMessage) {
             std::string complaint = row.complaint;
             complaint.replace(complaint.find('%'), 1, std::to_string(distance));
             EXPECT_THAT(Complained(), ElementsAre(complaint));
+            const std::string code = {static_cast<char>(tolower(row.other)), '0', '0', '0'};
+            EXPECT_EQ(Set(distance, code), Host().Log()[2]);
         }
     }
 }

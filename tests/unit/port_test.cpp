@@ -241,6 +241,9 @@ TEST_F(ProbeTest, FlushesAgainEvery100MillisecondsUntilItWorks) {
               Host().CountLogged(VISCA_LOG_WARN, "AdaptCamComBaudRate", "DRV_FlushCom fail, try it again\n"));
     EXPECT_EQ(500000U, Clib().Slept());
     EXPECT_EQ(7U, Host().Calls(Call::Flush));
+    const Lines story = Host().Story({Call::Flush, Call::Log, Call::Sleep});
+    const Lines again = {"flush 2", Say("WARN", "DRV_FlushCom fail, try it again"), "sleep 100000"};
+    EXPECT_EQ(again, Lines(story.begin() + 1, story.begin() + 4)) << "said before the pause";
 }
 
 class OpenTest : public UnitTest {
@@ -287,6 +290,7 @@ TEST_F(OpenTest, TriesTwentyTimesWithASecondAfterEachAttempt) {
                                              " times, try it after 1 sec\n"));
     }
     EXPECT_EQ(1000000U, Clib().Pauses().back());
+    EXPECT_EQ("sleep 1000000", Host().Story({Call::Log, Call::Sleep}).back()) << "said before the pause";
     EXPECT_EQ(Host().PortFd(), ViscaGetCamComFd()) << "the port stays open";
     EXPECT_EQ(0U, ViscaIsCamCanCtrl());
 }

@@ -131,6 +131,14 @@ TEST_F(RegisterTest, TheFirstNibbleLosesItsUpperHalfByTruncationTheSecondByMask)
     EXPECT_EQ(0x57, value);
 }
 
+TEST_F(RegisterTest, TheLastRegisterIs0x7F) {
+    uint8_t value = 0;
+    Host().AnswerInquiry("90 50 01 02 FF");
+    EXPECT_EQ(0U, SonyGetRegisterVal(0x7F, &value));
+    EXPECT_EQ(0x12, value);
+    EXPECT_THAT(Host().Sent(), ElementsAre("81 09 04 24 7F FF"));
+}
+
 TEST_F(RegisterTest, AReadOfANumberAbove0x7FIsRefusedAndGivesZero) {
     uint8_t value = 0xEE;
     EXPECT_EQ(1U, SonyGetRegisterVal(0x80, &value));

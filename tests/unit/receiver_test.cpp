@@ -3,6 +3,7 @@
 #include "tests/unit/unit_test.h"
 
 #include <cerrno>
+#include <cstring>
 
 namespace unit {
 namespace {
@@ -36,7 +37,11 @@ class ReceiverTest : public UnitTest {
 TEST_F(ReceiverTest, AnInquiryAnswerGoesToTheInquiryQueueAsAWholeRecord) {
     Deal("90 50 02 FF");
     EXPECT_THAT(PutLines(), ElementsAre("put 3: 90 50 02 FF"));
-    EXPECT_EQ("04 00 00 00", Hex(Host().Events(Call::Put).at(0).bytes).substr(48));
+    const auto whole = Host().Events(Call::Put).at(0).bytes;
+    ASSERT_EQ(20U, whole.size());
+    uint32_t length = 0;
+    memcpy(&length, &whole[16], sizeof length); // in the machine's own byte order
+    EXPECT_EQ(4U, length);
     EXPECT_THAT(Host().CameraLog(), ElementsAre(Dump("0x90 0x50 0x02 0xff ")));
     EXPECT_THAT(Host().Log(), IsEmpty());
 }
@@ -400,6 +405,15 @@ TEST_F(ReceiverThreadTest, HandlesWhateverArrivesOneReplyAPass) {
     EXPECT_THAT(Clib().Pauses(), IsEmpty());
 }
 
+TEST_F(ReceiverThreadTest, ATuningAnswerCostsNoPause) {
+    ThreadUnderTest receiver(Body);
+    receiver.WaitParked();
+    Host().Feed("66 01 61 90 51 FF");
+    EXPECT_EQ(m_idle, receiver.Resume());
+    EXPECT_THAT(PutLines(), ElementsAre("put 1: 90 51 FF"));
+    EXPECT_THAT(Clib().Pauses(), IsEmpty());
+}
+
 TEST_F(ReceiverThreadTest, StandsAsideWithAShortPauseAPassWhileTheLinkIsBusy) {
     ViscaMarkUpdatingCam(1);
     Host().Feed("90 51 FF");
@@ -462,6 +476,34 @@ TEST_F(ReceiverThreadTest, JunkIsASuccessfulReadToo) {
     EXPECT_EQ(m_idle, receiver.WaitParked());
     const std::vector<uint64_t> pauses = Clib().Pauses();
     EXPECT_FALSE(std::is_sorted(pauses.begin(), pauses.end())) << "short again after the junk";
+}
+
+TEST_F(ReceiverThreadTest, JunkEndsThePausesAlsoWhenTheReadBehindItFails) {
+    Host().Feed("12 FF");
+    Host().Fail(Call::Read, Fault{1, 3, -1, EIO});
+    Host().Fail(Call::Read, Fault{5, 2, -1, EIO});
+    ThreadUnderTest receiver(Body);
+    EXPECT_EQ(m_idle, receiver.WaitParked());
+    EXPECT_THAT(Clib().Pauses(), ElementsAre(20000U, 200000U, 1000000U, 20000U));
+}
+
+TEST_F(ReceiverThreadTest, JunkEndsThePausesAlsoWhenTheLineGetsANewOwnerBehindIt) {
+    Host().Feed("12 FF");
+    Host().Fail(Call::Read, Fault{1, 3, -1, EIO});
+    Host().Fail(Call::Read, Fault{5, 1, -1, EIO});
+    Host().OnRecord([](const Event &event) {
+        if (event.text == "read 12") {
+            ViscaMarkUpdatingCam(1);
+        }
+    });
+    Clib().OnPause([](unsigned number) {
+        if (number == 4) { // it has stood aside
+            ViscaMarkUpdatingCam(0);
+        }
+    });
+    ThreadUnderTest receiver(Body);
+    EXPECT_EQ(m_idle, receiver.WaitParked());
+    EXPECT_THAT(Clib().Pauses(), ElementsAre(20000U, 200000U, 1000000U, 20000U, 20000U));
 }
 
 TEST_F(ReceiverThreadTest, ADescriptorThatCannotBeWaitedOnIsPacedAndNeverSelected) {

@@ -298,6 +298,11 @@ void RecordingHost::Fail(Call call, Fault fault) {
     m_faults[call].push_back(fault);
 }
 
+void RecordingHost::Heal() {
+    Guard guard(m_mutex);
+    m_faults.clear();
+}
+
 bool RecordingHost::Fails(Call call, Fault *fault) {
     Guard guard(m_mutex);
     const unsigned number = ++m_calls[call];

@@ -143,6 +143,7 @@ class RecordingHost {
     void Fail(Call call, Fault fault);
     /** The next call and the `times` - 1 after it: for Lock and Unlock, which others call too. */
     void FailNext(Call call, unsigned times = 1) { Fail(call, Calls(call) + 1, times); }
+    void Heal(); /**< no call fails any more */
     /** For the services: true, and what to return, when this call has to fail. Counts the call. */
     bool Fails(Call call, Fault *fault);
     unsigned Calls(Call call); /**< calls so far, failed ones too */

@@ -79,6 +79,12 @@ TEST_F(SendOneTest, AnEmptyQueueIsAFailureThatTouchesNothing) {
     EXPECT_THAT(Story(), ElementsAre("take 0: none", "DEBUG ViscaSendOneCmd: QUEUE GetSerialData failed!\n"));
 }
 
+TEST_F(SendOneTest, AQueueThatGivesNoElementButSaysItDidIsAFailure) {
+    Host().Fail(Call::Take, Fault{1, 1, 0, 0});
+    EXPECT_EQ(1U, ViscaSendOneCmd());
+    EXPECT_THAT(Story(), ElementsAre("take 0: none", "DEBUG ViscaSendOneCmd: QUEUE GetSerialData failed!\n"));
+}
+
 TEST_F(SendOneTest, AnythingButACommandIsDiscarded) {
     ViscaPkt too_long = Packet("81 01 04 07 00 FF");
     too_long.ulLength = 17;
@@ -129,7 +135,7 @@ TEST_F(SendOneTest, ResultsLeftOverFromEarlierCommandsAreDroppedBeforeTheWrite) 
     Host().Preload(VISCA_INQUIRY_RESULT_QUEUE_ID, "90 50 02 FF");
     Host().Preload(kCommands, "81 01 04 07 00 FF");
     EXPECT_EQ(0U, ViscaSendOneCmd());
-    EXPECT_EQ(1U, DebugLines());
+    EXPECT_THAT(Host().Log(), ElementsAre("DEBUG ViscaSendOneCmd: Drop 2 results of earlier commands\n"));
     const Lines story = Host().Story({Call::Take, Call::IsEmpty, Call::CamLog, Call::Send});
     ASSERT_THAT(story, SizeIs(8));
     EXPECT_THAT(Lines(story.begin(), story.begin() + 6),
@@ -334,6 +340,7 @@ TEST_F(SenderThreadTest, AFailedWriteAwaitsNoResult) {
     ThreadUnderTest sender(Body);
     EXPECT_EQ(m_idle, sender.WaitParked());
     EXPECT_THAT(Host().Sent(), SizeIs(1));
+    EXPECT_THAT(Clib().Pauses(), IsEmpty());
 }
 
 TEST_F(SenderThreadTest, TakesThatKeepFailingArePacedUpToASecond) {

@@ -1,5 +1,6 @@
 // Bringing the camera up and restoring it after a power cycle.
 #include "tests/unit/unit_test.h"
+#include "visca_sony_ctrl/lens/lens_speed.h"
 
 namespace unit {
 namespace {
@@ -39,6 +40,16 @@ TEST_F(StartupTest, TheHostsTypeCountsNotThePublicLayersCopy) {
     EXPECT_EQ(0U, SONY_Init(0));
     EXPECT_THAT(Host().Commands(), IsEmpty());
     EXPECT_EQ(5U, ZoomSpeed());
+}
+
+TEST_F(StartupTest, TheLensStartsAtTheSpeedsOfItsType) {
+    for (const auto &[type, zoom] : {std::pair{0x02000001U, 6U}, {0x02012001U, 5U}, {0x02000002U, 5U}}) {
+        viscacam::g_ulZoomSpeed = 1;
+        viscacam::g_ulFocusSpeed = 1;
+        EXPECT_EQ(0U, SonyInitCamAF(type));
+        EXPECT_EQ(zoom, viscacam::g_ulZoomSpeed);
+        EXPECT_EQ(0U, viscacam::g_ulFocusSpeed);
+    }
 }
 
 TEST_F(StartupTest, APortThatCannotBeOpenedDoesNotStopIt) {

@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <set>
 #include <sys/select.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
@@ -49,6 +50,7 @@ constexpr uint64_t kSecond = 1000000;
 constexpr int kParkSeconds = 20;
 
 thread_local ThreadUnderTest::State *t_state = nullptr;
+thread_local std::set<const pthread_mutex_t *> t_not_locked; // whose locks have failed
 
 uint64_t Micros(const timeval &time) {
     return static_cast<uint64_t>(time.tv_sec) * kSecond + static_cast<uint64_t>(time.tv_usec);
@@ -134,6 +136,7 @@ void Libc::Reset() {
     m_pauses.clear();
     m_on_pause = nullptr;
     m_park_at_pause = 0;
+    m_interrupted_pauses.clear();
     m_starts.clear();
 }
 
@@ -212,20 +215,30 @@ void Libc::ParkAtPause(unsigned number) {
     m_park_at_pause = number;
 }
 
+void Libc::InterruptPause(unsigned number, uint64_t after) {
+    Guard guard(m_mutex);
+    m_interrupted_pauses[number] = after;
+}
+
 std::vector<ThreadStart> Libc::ThreadStarts() {
     Guard guard(m_mutex);
     return m_starts;
 }
 
-void Libc::DoPause(uint64_t micros) {
+uint64_t Libc::DoPause(uint64_t micros) {
     unsigned number = 0;
+    uint64_t slept = micros;
     bool park = false;
     std::function<void(unsigned)> hook;
     {
         Guard guard(m_mutex);
         m_pauses.push_back(micros);
-        m_now += micros;
         number = static_cast<unsigned>(m_pauses.size());
+        const auto interrupted = m_interrupted_pauses.find(number);
+        if (interrupted != m_interrupted_pauses.end()) {
+            slept = interrupted->second;
+        }
+        m_now += slept;
         park = t_state != nullptr && m_park_at_pause != 0 && number >= m_park_at_pause;
         hook = m_on_pause;
     }
@@ -236,6 +249,7 @@ void Libc::DoPause(uint64_t micros) {
     if (park) {
         Park("pause " + std::to_string(micros));
     }
+    return micros - slept;
 }
 
 int Libc::DoSelect(int nfds, fd_set *reads, fd_set *writes, fd_set *errors, timeval *timeout) {
@@ -402,8 +416,11 @@ int __wrap_usleep(useconds_t micros) {
         unit::Note(Call::Sleep, "sleep " + std::to_string(micros), micros);
         return __real_usleep(micros);
     }
-    Clib().DoPause(micros);
-    return 0;
+    if (Clib().DoPause(micros) == 0) {
+        return 0;
+    }
+    errno = EINTR;
+    return -1;
 }
 
 unsigned __wrap_sleep(unsigned seconds) {
@@ -411,8 +428,8 @@ unsigned __wrap_sleep(unsigned seconds) {
         unit::Note(Call::Sleep, "sleep " + std::to_string(seconds * unit::kSecond), seconds * unit::kSecond);
         return __real_sleep(seconds);
     }
-    Clib().DoPause(seconds * unit::kSecond);
-    return 0;
+    return static_cast<unsigned>((Clib().DoPause(seconds * unit::kSecond) + unit::kSecond - 1) /
+                                 unit::kSecond);
 }
 
 int __wrap_select(int nfds, fd_set *reads, fd_set *writes, fd_set *errors, timeval *timeout) {
@@ -535,11 +552,19 @@ int __wrap_pthread_detach(pthread_t thread) {
 int __wrap_pthread_mutex_lock(pthread_mutex_t *mutex) {
     unit::Note(Call::Lock, "lock");
     Fault fault;
-    return Host().Fails(Call::Lock, &fault) ? fault.result : __real_pthread_mutex_lock(mutex);
+    if (Host().Fails(Call::Lock, &fault)) {
+        unit::t_not_locked.insert(mutex);
+        return fault.result;
+    }
+    unit::t_not_locked.erase(mutex);
+    return __real_pthread_mutex_lock(mutex);
 }
 
 int __wrap_pthread_mutex_unlock(pthread_mutex_t *mutex) {
     unit::Note(Call::Unlock, "unlock");
+    if (unit::t_not_locked.erase(mutex) != 0) {
+        return 0; // of a caller that goes on without the lock
+    }
     Fault fault;
     if (Host().Fails(Call::Unlock, &fault)) {
         __real_pthread_mutex_unlock(mutex); // the caller hears of a failure, later tests still get the mutex

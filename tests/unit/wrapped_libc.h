@@ -18,6 +18,7 @@
 #include "tests/unit/recording_host.h"
 
 #include <ctime>
+#include <map>
 #include <memory>
 #include <sys/types.h>
 
@@ -55,12 +56,14 @@ class Libc {
     void OnPause(std::function<void(unsigned)> hook);
     /** Park a ThreadUnderTest at its n-th pause since Reset (and every later one) until Resume. */
     void ParkAtPause(unsigned number);
+    /** A signal ends the n-th pause since Reset when so many microseconds have passed. */
+    void InterruptPause(unsigned number, uint64_t after);
     std::vector<ThreadStart> ThreadStarts();
 
     // For the wrapped functions.
     bool Virtual();
     int DoSelect(int nfds, fd_set *reads, fd_set *writes, fd_set *errors, timeval *timeout);
-    void DoPause(uint64_t micros);
+    uint64_t DoPause(uint64_t micros); /**< what a signal left of it */
     int DoThreadCreate(pthread_t *thread, const pthread_attr_t *attributes, void *(*body)(void *),
                        void *argument);
     int DoThreadDetach(pthread_t thread);
@@ -77,6 +80,7 @@ class Libc {
     std::vector<uint64_t> m_pauses;
     std::function<void(unsigned)> m_on_pause;
     unsigned m_park_at_pause = 0;
+    std::map<unsigned, uint64_t> m_interrupted_pauses;
     std::vector<ThreadStart> m_starts;
 };
 

@@ -110,6 +110,7 @@ TEST_F(AfAnswerTest, CutOffAfterTheMarkItCostsASecondAndAWarning) {
     ExpectOneWarning();
     EXPECT_EQ(1001000U, Clib().Now());
     EXPECT_THAT(Host().Events(Call::Read), IsEmpty());
+    EXPECT_THAT(Host().Log(), ElementsAre("WARN AF_DebugAck: AF debug answer cut off before its length\n"));
 }
 
 TEST_F(AfAnswerTest, CutOffAnywhereItCostsASecondAndAWarning) {
@@ -121,6 +122,9 @@ TEST_F(AfAnswerTest, CutOffAnywhereItCostsASecondAndAWarning) {
             ExpectOneWarning();
             EXPECT_EQ(1001000U, Clib().Now());
             EXPECT_EQ(0U, Host().Unread());
+            EXPECT_EQ("WARN AF_DebugAck: AF debug answer cut off after " + std::to_string(arrived) + " of " +
+                          std::to_string(length) + " bytes\n",
+                      Host().Log().back());
         }
     }
 }

@@ -239,7 +239,9 @@ TEST_F(AfCommandTest, ALargerWeightFileIsRefusedAndTheLineNotSent) {
         ASSERT_THAT(story, SizeIs(5));
         EXPECT_EQ(Read("weight\n"), story[0]);
         EXPECT_EQ(Size(std::to_string(size)), story[1]);
-        EXPECT_EQ(0U, story[2].find("ERROR AF_Debug: ")) << story[2];
+        EXPECT_EQ("ERROR AF_Debug: weight.txt holds " + std::to_string(size) +
+                      " bytes, more than 114, line not sent\n",
+                  story[2]);
         EXPECT_EQ(Packets({"next\n"}), Host().Sent());
     }
 }

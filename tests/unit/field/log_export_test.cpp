@@ -54,6 +54,21 @@ TEST_F(LogExportTest, FromTheStartPacketToTheArchive) {
     ExpectAnotherExportGoesThrough();
 }
 
+TEST_F(LogExportTest, TheFlagBelongsToWhoeverHoldsTheLock) {
+    std::vector<uint32_t> flags; // at each lock and unlock; the export's own come first and last
+    Host().OnRecord([&flags](const Event &event) {
+        if (event.call == Call::Lock || event.call == Call::Unlock) {
+            flags.push_back(ViscaIsExportLog());
+        }
+    });
+    EXPECT_EQ(0U, KOVA_ExportLog(1));
+    Host().OnRecord(nullptr);
+    ASSERT_GE(flags.size(), 4U);
+    EXPECT_EQ(0U, flags.front());
+    EXPECT_EQ(1U, flags[1]);
+    EXPECT_EQ(0U, flags.back());
+}
+
 TEST_F(LogExportTest, TheSecondGenerationReceivesFaster) {
     for (uint32_t type : {0x02012A00U, kKovaGen2, 0x02012A02U, 0x02012AFFU}) {
         Restart(type);

@@ -175,6 +175,8 @@ TEST_F(MessageTest, OneTuningItemTellsLuminanceAndGainPosition) {
         EXPECT_EQ(Commands({"CF 05 01 01 0B"}), outcome.packets);
         EXPECT_EQ(Lines{"81 09 04 4C FF"}, Host().Sent());
         EXPECT_EQ(Lines{row.line}, InfoLines());
+        EXPECT_THAT(Host().Log(), Contains(::testing::StartsWith(
+                                      "DEBUG KOVA_GetCurLuma: FUN_ENTRY--param:ulChannelID[0] ")));
     }
 }
 

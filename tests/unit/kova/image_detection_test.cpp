@@ -53,6 +53,20 @@ TEST_F(DetectionTest, ItSetsDayModeAndAFixedWhiteBalanceAndHoldsBoth) {
     EXPECT_EQ(3000000U, Clib().Slept());
 }
 
+TEST_F(DetectionTest, ItAndItsEndSpeakOfChannelZero) {
+    KovaSetDetectImgParam(kKova);
+    gstImgDetectParam.lBlackWhiteMode = 1;
+    EXPECT_EQ(0U, KOVA_ResumeDetectImgParam());
+    const std::string entry = ": FUN_ENTRY--param:ulChannelID[0] ";
+    const std::string day_night = "DEBUG SonySetBlackWhiteMode" + entry;
+    EXPECT_EQ((Lines{day_night + "ulBlackWhiteMode[1]", day_night + "ulBlackWhiteMode[2]",
+                     day_night + "ulBlackWhiteMode[1]"}),
+              LogOf("SonySetBlackWhiteMode"));
+    EXPECT_EQ((Lines{"DEBUG SonySetVideoWBMode" + entry + "enAWBMode[10]"}), LogOf("SonySetVideoWBMode"));
+    EXPECT_EQ((Lines{"DEBUG SonySetManualWB" + entry + "sROffset[-127] sBOffset[127]"}),
+              LogOf("SonySetManualWB"));
+}
+
 TEST_F(DetectionTest, ItStartsOnceInAProcess) {
     KovaSetDetectImgParam(0x02012FFF);
     EXPECT_EQ(1U, Held());

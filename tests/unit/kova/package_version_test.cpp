@@ -201,6 +201,17 @@ TEST_P(PackageVersionTest, ALongerVersionIsCutWithAWarning) {
     }
 }
 
+TEST_P(PackageVersionTest, WhatWasReadIsLoggedBeforeItIsCutAndAfterwards) {
+    WriteLine(GetParam().before + std::string(100, '7') + " \n");
+    EXPECT_EQ(0U, Read());
+    const Lines log = Host().Log();
+    ASSERT_GE(log.size(), 3U);
+    EXPECT_EQ((Lines{Line("DEBUG", "QDM_VESION new ver is " + std::string(100, '7') + " \n\n"),
+                     Line("WARN", "Version text too long, cut to 99 characters\n"),
+                     Line("DEBUG", "QDM_VESION new ver is " + std::string(99, '7') + "\n")}),
+              Lines(log.end() - 3, log.end()));
+}
+
 TEST_P(PackageVersionTest, ALineIsReadUpToItsTwoHundredAndFiftyFourthCharacter) {
     const struct {
         size_t start; // of the version in its line
