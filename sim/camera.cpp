@@ -63,7 +63,8 @@ class Camera::Impl {
   public:
     using Job = std::function<void(Simulation &, Clock::time_point)>;
 
-    explicit Impl(const Options &options) : m_trace(options.trace), m_simulation(options, Clock::now()) {
+    explicit Impl(const Options &options)
+        : m_trace(options.trace), m_awake(options.awake), m_simulation(options, Clock::now()) {
         m_thread = std::thread([this] { run(); });
     }
 
@@ -159,7 +160,7 @@ class Camera::Impl {
         const int reads = m_simulation.wantsToRead() ? POLLIN : 0;
         const int writes = m_simulation.wantsToWrite() ? POLLOUT : 0;
         const int master = reads || writes ? pty.master() : -1;
-        const auto deadline = m_simulation.next();
+        const auto deadline = m_awake ? std::optional(Clock::time_point()) : m_simulation.next();
         pollfd descriptors[] = {{m_wake.descriptor(), POLLIN, 0},
                                 {master, static_cast<short>(reads | writes), 0},
                                 {pty.watch(), POLLIN, 0},
@@ -174,6 +175,7 @@ class Camera::Impl {
     mutable std::mutex m_mutex;
     mutable std::condition_variable m_changed;
     Trace m_trace;
+    bool m_awake;
     Wake m_wake;
     std::vector<std::packaged_task<void()>> m_jobs;
     mutable Simulation m_simulation; // asked for its state, it first brings itself to the present

@@ -46,6 +46,8 @@ class Line {
     bool blocked() const { return m_blocked; }
     void unblock() { m_blocked = false; }
     bool idle() const { return m_out.empty(); }
+    /* What is sent now begins at once. */
+    bool isFree(Clock::time_point now) const { return m_outFree <= now && !m_blocked; }
     void clear();
     Clock::duration byteTime(unsigned baud) const;
     unsigned long lostBytes() const { return m_lost; }

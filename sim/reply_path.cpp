@@ -139,11 +139,16 @@ void ReplyPath::release() {
     m_held.clear();
 }
 
+// The line is filled, and no more: replies find their place.
 void ReplyPath::flood(unsigned long serial) {
-    if (!m_world.faults.isCurrent(Fault::flood, serial) || !m_world.faults.strikes(Fault::flood))
+    if (!m_world.faults.isCurrent(Fault::flood, serial))
         return;
     static const Bytes acknowledgement = {0x90, 0x41, 0xFF};
-    sendRaw(acknowledgement, "flood");
+    if (m_line.isFree(m_world.now)) {
+        if (!m_world.faults.strikes(Fault::flood))
+            return;
+        sendRaw(acknowledgement, "flood");
+    }
     m_world.scheduler.at(m_world.now + acknowledgement.size() * m_line.byteTime(m_baud()),
                          [this, serial] { flood(serial); });
 }
@@ -152,7 +157,14 @@ void ReplyPath::flood(unsigned long serial) {
 // code that hosts know.
 void ReplyPath::randomReports(unsigned long serial) {
     Faults &faults = m_world.faults;
-    if (!faults.isCurrent(Fault::report, serial) || !faults.strikes(Fault::report))
+    if (!faults.isCurrent(Fault::report, serial))
+        return;
+    if (!m_line.isFree(m_world.now)) {
+        m_world.scheduler.at(m_world.now + m_line.byteTime(m_baud()),
+                             [this, serial] { randomReports(serial); });
+        return;
+    }
+    if (!faults.strikes(Fault::report))
         return;
     Random &dice = faults.dice(Fault::report);
     Bytes bytes(SHORTEST_REPORT + m_reports / 16 % REPORT_LENGTHS);

@@ -8,12 +8,10 @@ std::optional<Clock::time_point> Scheduler::next() const {
     return m_due.begin()->first.first;
 }
 
-void Scheduler::run(Clock::time_point now) {
-    while (!m_due.empty() && m_due.begin()->first.first <= now) {
-        Action action = std::move(m_due.begin()->second);
-        m_due.erase(m_due.begin());
-        action();
-    }
+void Scheduler::runNext() {
+    const Action action = std::move(m_due.begin()->second);
+    m_due.erase(m_due.begin());
+    action();
 }
 
 } // namespace sim

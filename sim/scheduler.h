@@ -19,8 +19,8 @@ class Scheduler {
     void at(Clock::time_point when, Action action) { m_due[{when, m_next++}] = std::move(action); }
     /* The time of the next action, or nothing to wait for. */
     std::optional<Clock::time_point> next() const;
-    /* Run what is due at now, including what these actions add for now or earlier. */
-    void run(Clock::time_point now);
+    /* Run the next action, which there must be. */
+    void runNext();
 
   private:
     std::map<std::pair<Clock::time_point, uint64_t>, Action> m_due;

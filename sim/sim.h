@@ -199,6 +199,8 @@ struct Options {
         false;              /* true: the power inquiry too is unanswered while booting; false: answered 03 */
     double timeScale = 1.0; /* the camera's time runs this many times faster than real time, 0.01 to 1000:
                                boot, motion, vertical clock, latencies, byte times, times of faults */
+    bool awake = false;     /* the camera's thread never sleeps, and costs a processor core: for measurements
+                               that its late wake-ups would spoil */
     uint64_t seed = 1;      /* of everything random; same seed, faults and traffic: same behaviour */
     std::string link;       /* symbolic link to the slave, kept up to date by replug(); empty: none.
                                An existing link is replaced, any other file is an error */

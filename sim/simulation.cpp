@@ -13,6 +13,7 @@ namespace {
 
 constexpr size_t MOST_AT_ONCE = 4096;
 constexpr size_t LONGEST_JUNK = 64; // one trace event
+constexpr std::chrono::milliseconds LATE_WAKE_UP{1};
 
 Framer framerOf(const Traits &traits) {
     return isKova(traits) ? Framer(KOVA_HEADER, true) : Framer();
@@ -34,16 +35,28 @@ Simulation::Simulation(const Options &options, Clock::time_point now)
 }
 
 void Simulation::pass(Clock::time_point now) {
-    m_world.now = now;
     if (m_pty.watch() >= 0)
         m_pty.handleWatch();
     m_line.unblock();
+    runDue(now);
     readLine();
-    m_world.scheduler.run(now);
+    runDue(now);
     m_transfer.pass();
     for (TraceEvent &event : m_line.write(now, baud()))
         m_world.record(std::move(event));
     m_transfer.settle();
+}
+
+// Each action at the time for which it was meant: a thread that wakes up late must not make the camera
+// slower. What a machine that stood still has missed is not made up for, and the camera's time never runs
+// back when somebody has looked at it in between.
+void Simulation::runDue(Clock::time_point now) {
+    m_world.now = std::max(m_world.now, now - LATE_WAKE_UP);
+    for (auto due = m_world.scheduler.next(); due && *due <= now; due = m_world.scheduler.next()) {
+        m_world.now = std::max(m_world.now, *due);
+        m_world.scheduler.runNext();
+    }
+    m_world.now = now;
 }
 
 std::optional<Clock::time_point> Simulation::next() const {

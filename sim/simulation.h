@@ -49,6 +49,7 @@ class Simulation {
     std::vector<TraceEvent> takeDiary();
 
   private:
+    void runDue(Clock::time_point now);
     unsigned baud() const;
     void readLine();
     void hear(const uint8_t *bytes, size_t count);

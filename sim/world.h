@@ -14,7 +14,8 @@ struct World {
         : options(given), now(start), faults(given.seed), dice(given.seed) {}
 
     const Options options;
-    Clock::time_point now; /* set on entry from outside; one pass of the camera happens at one time */
+    Clock::time_point
+        now; /* set on entry from outside; what was to be done earlier is done at its own time */
     Scheduler scheduler;
     Faults faults;
     Random dice;

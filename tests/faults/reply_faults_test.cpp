@@ -219,7 +219,7 @@ TEST_F(ReplyFaults, F27_AReportIsReadNoFurtherThanItReaches) {
 
 TEST_F(ReplyFaults, F27_ReportsOfEveryNibbleAndLengthDisturbNothing) {
     sim::Options options = sim::Options::fast("kova2");
-    options.timeScale = 500; // of the line's time
+    options.timeScale = 20; // of the line's time: half of it is reports
     Begin(options);
     Strike("report=random");
     ASSERT_TRUE(AwaitCamera([](const sim::State &state) { return state.sentCount("report") >= 16 * 14; }));

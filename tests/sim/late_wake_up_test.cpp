@@ -1,0 +1,59 @@
+// A camera whose thread wakes up later than it should.
+#include "sim/simulation.h"
+
+#include "host_end.h"
+
+#include <gtest/gtest.h>
+#include <poll.h>
+
+namespace sim {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::nanoseconds;
+
+constexpr nanoseconds BYTE_TIME{1041666}; // ten bits at 9600 bit/s
+
+class LateWakeUp : public ::testing::Test {
+  protected:
+    LateWakeUp() : m_simulation(paced(), m_begin), m_host(m_simulation.pty().path()) {
+        m_host.send("81 01 04 07 00 FF");
+        pollfd arrived = {m_simulation.pty().master(), POLLIN, 0};
+        EXPECT_EQ(poll(&arrived, 1, 10000), 1);
+        m_simulation.pass(m_begin);
+    }
+
+    static Options paced() {
+        Options options = Options::fast();
+        options.paced = true;
+        return options;
+    }
+
+    const Clock::time_point m_begin = Clock::now();
+    Simulation m_simulation;
+    HostEnd m_host;
+};
+
+TEST_F(LateWakeUp, DoesNotMakeTheCameraSlower) {
+    EXPECT_EQ(m_simulation.next(), m_begin + 6 * BYTE_TIME);
+    m_simulation.pass(m_begin + 6 * BYTE_TIME + nanoseconds(900000));
+    EXPECT_EQ(m_simulation.next(), m_begin + 7 * BYTE_TIME) << "the first byte of the acknowledgement";
+}
+
+TEST_F(LateWakeUp, OfAMachineThatStoodStillIsNotMadeUpFor) {
+    const Clock::time_point late = m_begin + milliseconds(100);
+    m_simulation.pass(late);
+    EXPECT_EQ(m_simulation.next(), late - milliseconds(1) + BYTE_TIME);
+}
+
+TEST_F(LateWakeUp, NeverRunsTheCamerasTimeBack) {
+    const Clock::time_point looked = m_begin + 6 * BYTE_TIME + nanoseconds(300000);
+    (void)m_simulation.state(looked);
+    m_simulation.pass(looked + nanoseconds(300000));
+    EXPECT_EQ(m_simulation.next(), looked + BYTE_TIME);
+}
+
+} // namespace
+
+} // namespace sim
