@@ -15,13 +15,14 @@ namespace {
 
 constexpr unsigned COMMANDS = 200;         // fit into the queue
 constexpr double SMALLEST_CYCLE = 12 * 10; // bits: command, acknowledgement, completion
-// A setting, which a camera completes directly behind its acknowledgement; 6 bytes.
-const sim::Bytes DIGITAL_ZOOM_OFF = {0x81, 0x01, 0x04, 0x06, 0x03, 0xFF};
+// A setting, which a camera completes directly behind its acknowledgement; 6 bytes. Start-up sends none of
+// these.
+const sim::Bytes DIGITAL_ZOOM_ON = {0x81, 0x01, 0x04, 0x06, 0x02, 0xFF};
 
 class Arrivals {
   public:
     void add(const sim::TraceEvent &event) {
-        if (event.direction != sim::Direction::toCamera || event.bytes != DIGITAL_ZOOM_OFF)
+        if (event.direction != sim::Direction::toCamera || event.bytes != DIGITAL_ZOOM_ON)
             return;
         std::lock_guard<std::mutex> lock(m_mutex);
         m_times.push_back(event.time);
@@ -42,15 +43,16 @@ class Arrivals {
 };
 
 void put() {
-    ViscaPkt packet = {{DIGITAL_ZOOM_OFF[0], DIGITAL_ZOOM_OFF[1], DIGITAL_ZOOM_OFF[2], DIGITAL_ZOOM_OFF[3],
-                        DIGITAL_ZOOM_OFF[4]},
-                       5};
+    ViscaPkt packet = {
+        {DIGITAL_ZOOM_ON[0], DIGITAL_ZOOM_ON[1], DIGITAL_ZOOM_ON[2], DIGITAL_ZOOM_ON[3], DIGITAL_ZOOM_ON[4]},
+        5};
     (void)ViscaEnQueueCmd(&packet);
 }
 
 double commandsPerSecond(sim::Options options, unsigned commands) {
     Arrivals arrivals;
     options.start = sim::Power::on;
+    options.awake = true; // a line has no wake-ups
     options.trace = [&arrivals](const sim::TraceEvent &event) { arrivals.add(event); };
     const sim::Camera camera(options);
     startLibrary(camera.path(), SONY_BLOCK);
