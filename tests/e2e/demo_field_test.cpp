@@ -30,15 +30,6 @@ bool isThere(const char *path) {
     return access(path, F_OK) == 0;
 }
 
-void expectInOrder(const std::string &text, const std::vector<std::string> &parts) {
-    size_t at = 0;
-    for (const std::string &part : parts) {
-        at = text.find(part, at);
-        ASSERT_NE(at, std::string::npos) << "not there, or not in order: " << part << "\n" << text;
-        at += part.size();
-    }
-}
-
 // A package of somebody else's, for as long as the test runs.
 class OthersPackage {
   public:

@@ -39,15 +39,6 @@ std::vector<std::string> commands(const Chapter &chapter) {
     return sent(chapter, {"> 81 01"});
 }
 
-void expectInOrder(const std::string &text, const std::vector<std::string> &parts) {
-    size_t at = 0;
-    for (const std::string &part : parts) {
-        at = text.find(part, at);
-        ASSERT_NE(at, std::string::npos) << "not there, or not in order: " << part << "\n" << text;
-        at += part.size();
-    }
-}
-
 std::string firstLine(const std::string &path) {
     std::ifstream file(path);
     std::string line;

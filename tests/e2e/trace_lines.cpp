@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+#include <gtest/gtest.h>
+
 #include "tests/e2e/command.h"
 
 namespace e2e {
@@ -81,6 +83,15 @@ std::vector<double> timesOf(const std::string &output) {
             times.push_back(std::atof(line.c_str()));
     }
     return times;
+}
+
+void expectInOrder(const std::string &text, const std::vector<std::string> &parts) {
+    size_t at = 0;
+    for (const std::string &part : parts) {
+        at = text.find(part, at);
+        ASSERT_NE(at, std::string::npos) << "not there, or not in order: " << part << "\n" << text;
+        at += part.size();
+    }
 }
 
 } // namespace e2e

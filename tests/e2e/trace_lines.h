@@ -33,6 +33,9 @@ std::vector<std::string> packetsOf(const Chapter &chapter);
 /** All lines that begin with a time, in order: their times. */
 std::vector<double> timesOf(const std::string &output);
 
+/** A fatal failure of the test unless the parts stand in the text one behind the other. */
+void expectInOrder(const std::string &text, const std::vector<std::string> &parts);
+
 } // namespace e2e
 
 #endif
