@@ -5,8 +5,9 @@
 //     hex      81 09 04 00 FF         one packet or many a line, in the usual spellings: 0x81,0x09 81090400FF
 //                                     \x81\x09  81:09:04  {0x81, 0x09}  81h, dumps with offsets in front. A
 //                                     word in front gives the direction (> < -> <- tx rx send recv out in
-//                                     ...), else the first byte does. Lines of a trace are such lines too.
-//                                     What stands behind # // or ; is left out.
+//                                     ...), else the first byte does. A time of the day may stand in front
+//                                     (12:34:56 or [12:34:56.789]); times count from the first one. Lines of
+//                                     a trace are such lines too. What stands behind # // or ; is left out.
 //     log      the library's log lines, as they are or behind a system log's own words
 //     capture  see capture.h
 //     raw      bytes as they were on the line

@@ -1,10 +1,11 @@
-// A line of hex text has up to four parts, each but the bytes left out at will: a time ("12.5 ms"), the
-// direction, the bytes, and words for people. A dump's line has an offset in front instead, and its packets
-// run on from line to line.
+// A line of hex text has up to four parts, each but the bytes left out at will: a time ("12.5 ms" of a trace,
+// or that of the day), the direction, the bytes, and words for people. A dump's line has an offset in front
+// instead, and its packets run on from line to line.
 #include <algorithm>
 
 #include "decode/input_parser.h"
 #include "decode/text.h"
+#include "decode/utc.h"
 
 namespace decode {
 namespace {
@@ -91,6 +92,58 @@ std::optional<Microseconds> TakeTime(std::string &text) {
     return Microseconds(*whole * 1000 + *micros);
 }
 
+/// ".789" behind a second. A comma also separates bytes: a fraction's has three or six digits behind it.
+Microseconds TakeFraction(const std::string &text, std::size_t &at) {
+    if (at >= text.size() || (text[at] != '.' && text[at] != ','))
+        return Microseconds(0);
+    const std::size_t end = std::min(text.find_first_not_of("0123456789", at + 1), text.size());
+    std::string digits = text.substr(at + 1, end - at - 1);
+    if (digits.empty() || (text[at] == ',' && digits.size() != 3 && digits.size() != 6))
+        return Microseconds(0);
+    digits.resize(6, '0');
+    at = end;
+    return Microseconds(WholeNumber(digits).value_or(0));
+}
+
+/// Whether a time may end here, which moves behind what ends it. What a colon or a dash joins is all bytes.
+bool TakeEndOfTime(const std::string &text, char bracket, std::size_t &at) {
+    const auto isOf = [&](const char *characters, std::size_t where) {
+        return where < text.size() && std::string(characters).find(text[where]) != std::string::npos;
+    };
+    if (bracket != '\0' && (at >= text.size() || text[at++] != bracket))
+        return false;
+    const bool mark = isOf(",;", at) || (isOf(":", at) && isOf(kBlanks, at + 1));
+    const bool arrow = isOf("<>=", at) || (isOf("-", at) && isOf("->", at + 1));
+    if (bracket == '\0' && !mark && !arrow && !isOf(kBlanks, at))
+        return false;
+    at += mark ? 1 : 0;
+    return text.find_first_not_of(kBlanks, at) != std::string::npos;
+}
+
+/// The time of the day that a terminal program puts in front: "12:34:56.789", "[12:34:56]", behind a date or
+/// not.
+std::optional<Microseconds> TakeTimeOfDay(std::string &text) {
+    std::size_t at = std::min(text.find_first_not_of(kBlanks), text.size());
+    const char bracket = HasForm(text, at, "[") ? ']' : HasForm(text, at, "(") ? ')' : '\0';
+    at += bracket != '\0' ? 1 : 0;
+    if (HasForm(text, at, "dddd-dd-dd ") || HasForm(text, at, "dddd-dd-ddT"))
+        at += 11;
+    const std::size_t hours = HasForm(text, at, "dd:dd:dd") ? 2 : 1;
+    if (hours == 1 && !HasForm(text, at, "d:dd:dd"))
+        return std::nullopt;
+    const auto number = [&](std::size_t offset, std::size_t size) {
+        return static_cast<int>(WholeNumber(text.substr(at + offset, size)).value_or(0));
+    };
+    const std::optional<Microseconds> time =
+        TimeOf(1970, 1, 1, number(0, hours), number(hours + 1, 2), number(hours + 4, 2), 0);
+    at += hours + 6;
+    const Microseconds fraction = TakeFraction(text, at);
+    if (!time || !TakeEndOfTime(text, bracket, at))
+        return std::nullopt;
+    text.erase(0, at);
+    return *time + fraction;
+}
+
 std::string WithoutComment(std::string text) {
     for (std::size_t i = 0; i < text.size(); ++i) {
         const bool begins = text[i] == '#' || text[i] == ';' || text.compare(i, 2, "//") == 0;
@@ -130,6 +183,7 @@ bool ParseBytes(std::string text, Bytes &bytes, std::string &wrong) {
 
 struct HexLine {
     std::optional<Microseconds> time;
+    std::optional<Microseconds> time_of_day;
     std::optional<Direction> direction;
     bool dump = false;
     Bytes bytes;
@@ -165,6 +219,7 @@ HexLine TakeApart(const std::string &line) {
     std::string text = WithoutEnd(line);
     found.dump = TakeOffset(text);
     if (!found.dump) {
+        found.time_of_day = TakeTimeOfDay(text);
         found.time = TakeTime(text);
         if (found.time)
             found.direction = TakeDirection(text);
@@ -173,6 +228,8 @@ HexLine TakeApart(const std::string &line) {
         text = WithoutComment(text);
         if (!found.direction)
             found.direction = TakeDirection(text);
+        if (!found.time_of_day)
+            found.time_of_day = TakeTimeOfDay(text);
     }
     if (!ParseBytes(text, found.bytes, found.wrong))
         found.bytes.clear();
@@ -191,6 +248,8 @@ class HexInput : public InputParser {
         if (!found.dump)
             streams_.Flush(out);
         in_dump_ = found.dump;
+        if (found.time_of_day)
+            found.time = SinceFirst(*found.time_of_day);
         if (found.time && (!latest_ || *found.time > *latest_))
             latest_ = found.time;
         const Place place{line_, latest_};
@@ -211,10 +270,23 @@ class HexInput : public InputParser {
         return IsHexNumber(text) && (text.size() == 7 || text.size() == 8);
     }
 
+    /// A step back of more than half a day is midnight.
+    Microseconds SinceFirst(Microseconds time_of_day) {
+        if (!first_time_)
+            first_time_ = last_time_ = time_of_day;
+        if (time_of_day + std::chrono::hours(12) < last_time_)
+            days_ += std::chrono::hours(24);
+        last_time_ = time_of_day;
+        return days_ + time_of_day - *first_time_;
+    }
+
     std::optional<Direction> direction_;
     Streams streams_{Direction::FromCamera};
     std::size_t line_ = 0;
     std::optional<Microseconds> latest_;
+    std::optional<Microseconds> first_time_; // of the day
+    Microseconds last_time_{0};
+    Microseconds days_{0};
     bool in_dump_ = false;
 };
 

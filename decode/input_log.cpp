@@ -17,17 +17,6 @@ constexpr char kDump[] = "ViscaPacket:";
 constexpr char kUnexpected[] = "unexpected byte[0x";
 constexpr std::uint8_t kReportMark = 0x07;
 
-bool HasForm(const std::string &text, std::size_t at, const std::string &form) {
-    if (text.size() - at < form.size())
-        return false;
-    for (std::size_t i = 0; i < form.size(); ++i) {
-        const char c = text[at + i];
-        if (form[i] == 'd' ? c < '0' || c > '9' : c != form[i])
-            return false;
-    }
-    return true;
-}
-
 std::optional<Microseconds> TimeOfLine(const std::string &line, std::size_t before) {
     for (std::size_t at = 0; at < before; ++at) {
         if (!HasForm(line, at, kTimeForm))

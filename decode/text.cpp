@@ -37,6 +37,17 @@ std::optional<long long> WholeNumber(const std::string &text) {
     return number;
 }
 
+bool HasForm(const std::string &text, std::size_t at, const std::string &form) {
+    if (text.size() - at < form.size())
+        return false;
+    for (std::size_t i = 0; i < form.size(); ++i) {
+        const char c = text[at + i];
+        if (form[i] == 'd' ? c < '0' || c > '9' : c != form[i])
+            return false;
+    }
+    return true;
+}
+
 int HexDigit(char c) {
     if (c >= '0' && c <= '9')
         return c - '0';

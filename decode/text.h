@@ -19,6 +19,10 @@ std::vector<std::string> WordsOf(const std::string &text);
 /// A number of 1 to 18 decimal digits; nothing for any other text.
 std::optional<long long> WholeNumber(const std::string &text);
 
+/// Whether the text has this form at a place not behind its end: a digit where the form has d, else what the
+/// form has.
+bool HasForm(const std::string &text, std::size_t at, const std::string &form);
+
 /// The value of a hex digit, -1 for any other character.
 int HexDigit(char c);
 

@@ -15,15 +15,26 @@ namespace {
 const char VERSION[] =
     "viscacam " VERSION_TEXT(VISCACAM_VERSION_MAJOR, VISCACAM_VERSION_MINOR, VISCACAM_VERSION_PATCH);
 
+int askFor(const std::string &what, const std::vector<tool::Subcommand> &subcommands) {
+    std::string names;
+    for (size_t i = 0; i < subcommands.size(); ++i)
+        names += (i == 0 ? "" : i + 1 == subcommands.size() ? " or " : ", ") + subcommands[i].app->get_name();
+    tool::complain(what + names + "; \"viscacam --help\" explains them");
+    return tool::EXIT_USAGE;
+}
+
 int run(const std::vector<tool::Subcommand> &subcommands) {
     for (const tool::Subcommand &subcommand : subcommands)
         if (subcommand.app->parsed())
             return subcommand.run();
-    std::string names;
-    for (size_t i = 0; i < subcommands.size(); ++i)
-        names += (i == 0 ? "" : i + 1 == subcommands.size() ? " or " : ", ") + subcommands[i].app->get_name();
-    tool::complain("say what to do: " + names + "; \"viscacam --help\" explains them");
-    return tool::EXIT_USAGE;
+    return askFor("say what to do: ", subcommands);
+}
+
+// The first word that is nobody's, where a subcommand should stand; empty when there is one.
+std::string unknownSubcommand(const CLI::App &app) {
+    const std::vector<std::string> words = app.remaining();
+    const bool option = words.empty() || words[0].empty() || words[0][0] == '-';
+    return option || !app.get_subcommands().empty() ? "" : words[0];
 }
 
 } // namespace
@@ -41,6 +52,9 @@ int main(int argc, char **argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
+        const std::string unknown = unknownSubcommand(app);
+        if (!unknown.empty())
+            return askFor("no subcommand is called \"" + unknown + "\"; use ", subcommands);
         return app.exit(error) == 0 ? tool::EXIT_DONE : tool::EXIT_USAGE;
     }
     try {

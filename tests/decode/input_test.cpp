@@ -102,6 +102,36 @@ TEST(HexInput, LinesOfATraceAreRead) {
     EXPECT_EQ(result.items[0].time, Microseconds(123400));
 }
 
+TEST(HexInput, ATimeOfTheDayInFrontIsNoBytes) {
+    for (const char *line :
+         {"12:34:56.789 > 81 01 04 07 00 FF", "[12:34:56.789] 81 01 04 07 00 FF",
+          "12:34:56 81 01 04 07 00 FF", "12:34:56,789 81 01 04 07 00 FF", "(12:34:56)> 81 01 04 07 00 FF",
+          "12:34:56.789: 81 01 04 07 00 FF", "[12:34:56]81 01 04 07 00 FF",
+          "9:05:01.123456->81 01 04 07 00 FF", "  12:34:56\ttx: 81 01 04 07 00 FF",
+          "2026-11-20 12:34:56.789 > 81 01 04 07 00 FF", "[2026-11-20T12:34:56] 81 01 04 07 00 FF",
+          "tx: 12:34:56 81 01 04 07 00 FF", "> [12:34:56.789] 81 01 04 07 00 FF",
+          "12:34:56.789, 81 01 04 07 00 FF", "23:59:60 0x81,0x01,0x04,0x07,0x00,0xFF"})
+        EXPECT_THAT(Texts(line), ElementsAre("> 81 01 04 07 00 FF")) << line;
+}
+
+TEST(HexInput, TimesOfTheDayCountFromTheFirstAndAcrossMidnight) {
+    const Result result = Read("23:59:59.750 > 81 09 04 00 FF\n23:59:59,778 < 90 50 02 FF\n"
+                               "00:00:01 < 90 41 FF\n00:00:00 < 90 51 FF\n");
+    ASSERT_THAT(result.items, SizeIs(4));
+    EXPECT_EQ(result.items[0].time, Microseconds(0));
+    EXPECT_EQ(result.items[1].time, Microseconds(28000));
+    EXPECT_EQ(result.items[2].time, Microseconds(1250000));
+    EXPECT_EQ(result.items[3].time, Microseconds(1250000)) << "times do not run backwards";
+}
+
+TEST(HexInput, BytesThatOnlyLookLikeATimeStayBytes) {
+    EXPECT_THAT(Texts("12:34:56:81:09:04:00:FF\n"), ElementsAre("< 12 34 56", "> 81 09 04 00 FF"));
+    EXPECT_THAT(Texts("12:34:56\n"), ElementsAre("< 12 34 56"));
+    EXPECT_THAT(Texts("24:34:56 90 41 FF\n"), ElementsAre("< 24 34 56", "< 90 41 FF"));
+    EXPECT_THAT(Texts("12:34:5A 90 41 FF\n"), ElementsAre("< 12 34 5A", "< 90 41 FF"));
+    EXPECT_THAT(Texts("12-34-56 90 41 FF\n"), ElementsAre("< 12 34 56", "< 90 41 FF"));
+}
+
 TEST(HexInput, DumpsAreReadAcrossTheirLines) {
     const std::vector<std::string> expected = {"> 81 09 04 00 FF", "< 90 50 02 FF", "> 81 01 04 07 26 FF",
                                                "< 90 41 FF"};

@@ -103,10 +103,69 @@ TEST(Ctl, ChecksEverythingBeforeAnythingIsSent) {
                      "zoom: \"up\" is not known here; use cut, digital, in, out, show, stop or to");
     expectWrongUsage({"ctl", "--port", "/dev/no-such-device", "gain", "99"},
                      "gain: value: \"99\" is not allowed; use 0 to 29 dB");
+    expectWrongUsage(
+        {"ctl", "--sim", "sony1", "watch", "luma"},
+        "watch: thing: \"luma\" is not allowed: only a Kova module measures it; use zoom, focus or "
+        "gain");
+    expectWrongUsage({"ctl", "--sim", "sony1", "wb", "manual", "red=5"},
+                     "wb manual: blue= is missing, -127 to 127; red= and blue= are set together");
+    expectWrongUsage({"ctl", "--sim", "sony1", "norm", "7"},
+                     "norm: \"7\" is not allowed; use WIDTHxHEIGHT@RATE, RATE 25 or 30");
     expectWrongUsage({"ctl", "zoom", "in"},
                      "say which camera: --port DEVICE, or --sim CAMERA for a simulated one");
     expectWrongUsage({"ctl", "--sim", "sony1", "--frob"},
                      "\"--frob\" is no option of ctl; \"viscacam ctl --help\" shows them");
+}
+
+TEST(Ctl, WritesACaptureOfTheLine) {
+    const std::string capture = temporaryPath("capture");
+    Command ctl({"ctl", "--sim", "sony3", "--capture", capture, "zoom", "to", "0x0400"});
+    EXPECT_EQ(ctl.finish(), 0) << ctl.err();
+    EXPECT_THAT(ctl.err(), IsEmpty());
+    Command decode({"decode", capture});
+    EXPECT_EQ(decode.finish(), 0);
+    EXPECT_THAT(decode.out(), HasSubstr("opened\n"));
+    EXPECT_THAT(decode.out(), HasSubstr("->camera  81 09 04 00 FF              power inquiry\n"));
+    EXPECT_THAT(decode.out(), HasSubstr("->camera  81 01 04 47 00 04 00 00 FF  zoom to 0x0400\n"));
+    EXPECT_THAT(decode.out(),
+                ContainsRegex("<-camera  90 51 FF                    completed, socket 1: zoom to"
+                              " 0x0400  \\[to [0-9]+, [0-9.]+ ms\\]\n$"));
+    unlink(capture.c_str());
+}
+
+TEST(Ctl, TheCaptureOfASessionAnswersTheSameSession) {
+    const std::string capture = temporaryPath("capture");
+    const std::string link = temporaryPath("replayed");
+    Command first({"ctl", "--sim", "sony1", "--capture", capture, "zoom", "show"});
+    EXPECT_EQ(first.finish(), 0) << first.err();
+    Command replay({"sim", "--replay", capture, "--link", link});
+    replay.waitFor("listening");
+    Command second({"ctl", "--port", link, "--capture", capture + "2", "zoom", "show"});
+    EXPECT_EQ(second.finish(), 0) << second.err();
+    EXPECT_EQ(second.out(), "zoom  0x0000\n");
+    unlink(capture.c_str());
+    unlink((capture + "2").c_str());
+}
+
+TEST(Ctl, ACaptureIsWholeWhenASignalEndsTheSession) {
+    const std::string capture = temporaryPath("capture");
+    Command ctl({"ctl", "--sim", "sony1", "--capture", capture, "--trace", "zoom in; wait 60s"});
+    ctl.waitFor("completed, socket 1: zoom tele");
+    ctl.send(SIGTERM);
+    EXPECT_EQ(ctl.finish(), 1);
+    Command decode({"decode", capture});
+    EXPECT_EQ(decode.finish(), 0);
+    EXPECT_THAT(decode.out(), HasSubstr("completed, socket 1: zoom stop"));
+    unlink(capture.c_str());
+}
+
+TEST(Ctl, SaysWhyThereCanBeNoCapture) {
+    Command folder({"ctl", "--sim", "sony1", "--capture", "/no/such/folder/capture", "info"});
+    EXPECT_EQ(folder.finish(), 1);
+    EXPECT_EQ(folder.err(), "viscacam: cannot write /no/such/folder/capture: No such file or directory\n");
+    Command device({"ctl", "--port", "/dev/no-such-device", "--capture", temporaryPath("capture"), "info"});
+    EXPECT_EQ(device.finish(), 1);
+    EXPECT_EQ(device.err(), "viscacam: cannot open /dev/no-such-device: no such device\n");
 }
 
 TEST(Ctl, SaysWhyADeviceCannotBeUsed) {

@@ -1,6 +1,7 @@
 // What "viscacam decode" makes of an engineer's input.
 #include "tests/e2e/command.h"
 
+#include <filesystem>
 #include <fstream>
 
 #include <unistd.h>
@@ -24,6 +25,25 @@ const char kCapture[] = "# viscacam capture 1\n"
                         "1.100000 > 81 01 04 07 26 FF\n"
                         "1.138400 < 90 41 FF\n"
                         "1.160000 < 90 51 FF\n";
+
+/** The working folder, empty, until the end of the scope. */
+class FolderOfItsOwn {
+  public:
+    FolderOfItsOwn() {
+        std::filesystem::create_directory(m_path);
+        std::filesystem::current_path(m_path);
+    }
+    ~FolderOfItsOwn() {
+        std::filesystem::current_path(m_before);
+        std::filesystem::remove_all(m_path);
+    }
+    FolderOfItsOwn(const FolderOfItsOwn &) = delete;
+    FolderOfItsOwn &operator=(const FolderOfItsOwn &) = delete;
+
+  private:
+    const std::filesystem::path m_before = std::filesystem::current_path();
+    const std::string m_path = temporaryPath("folder");
+};
 
 /** Run with an input; the exit status is checked. */
 std::string decoded(const std::string &input, std::vector<std::string> options, int status = 0) {
@@ -103,6 +123,47 @@ TEST(DecodeCommand, ReadsTheLibrarysLogFromAFile) {
     EXPECT_EQ(decoded("", {path, "--time", "absolute"}),
               "   1  2026-11-20T19:02:37.123456  ->camera  81 09 04 00 FF              power inquiry\n");
     unlink(path.c_str());
+}
+
+TEST(DecodeCommand, ReadsBytesFromTheCommandLine) {
+    EXPECT_EQ(decoded("", {"81", "01", "04", "07", "00", "ff", "90", "41", "FF"}),
+              "   1  ->camera  81 01 04 07 00 FF           zoom stop\n"
+              "   2  <-camera  90 41 FF                    acknowledged, socket 1  [to 1]\n");
+    EXPECT_THAT(decoded("", {"--from", "hex", "--direction", "to-camera", "90", "50"}, 1),
+                HasSubstr("->camera  90 50"));
+}
+
+TEST(DecodeCommand, AFileMayBeCalledAsAByteIs) {
+    const FolderOfItsOwn folder;
+    std::ofstream("81") << "90 50 02 FF\n";
+    EXPECT_THAT(decoded("", {"81"}), HasSubstr("90 50 02 FF"));
+    Command several({"decode", "81", "01"});
+    EXPECT_EQ(several.finish(), 2);
+    EXPECT_EQ(several.err(), "viscacam: give one file, or bytes as two hex digits each; \"81\" is a file\n");
+}
+
+TEST(DecodeCommand, WordsThatAreNeitherAFileNorBytesAreWrongUsage) {
+    Command command({"decode", "81", "0G", "FF"});
+    EXPECT_EQ(command.finish(), 2);
+    EXPECT_EQ(command.err(),
+              "viscacam: give one file, or bytes as two hex digits each; \"0G\" is no byte in hex\n");
+    Command single({"decode", "8109"});
+    EXPECT_EQ(single.finish(), 2);
+    EXPECT_EQ(single.err(), "viscacam: cannot read 8109: No such file or directory\n");
+}
+
+TEST(DecodeCommand, SaysWhenThereWasNothingToDecode) {
+    for (const char *input : {"", "\n# only a comment\n", "# viscacam capture 1\n# baud 9600\n"}) {
+        Command command({"decode"});
+        command.type(input);
+        command.closeInput();
+        EXPECT_EQ(command.finish(), 0);
+        EXPECT_EQ(command.err(), "viscacam: there was nothing to decode in standard input\n");
+    }
+    Command file({"decode", "/dev/null"});
+    EXPECT_EQ(file.finish(), 0);
+    EXPECT_EQ(file.err(), "viscacam: there was nothing to decode in /dev/null\n");
+    EXPECT_EQ(decoded("81 09 04 00 FF\n", {"--only", "commands"}), "") << "what is not shown is not nothing";
 }
 
 TEST(DecodeCommand, FollowsAnInputThatGrows) {

@@ -45,7 +45,12 @@ TEST(Usage, EachHelpFitsOnAScreenAndHasAnExample) {
     expectHelpOnOneScreen({"ctl", "--help"});
     expectHelpOnOneScreen({"demo", "--help"});
     expectHelpOnOneScreen({"sim", "--help"});
+    expectHelpOnOneScreen({"demo", "upgrade", "--help"});
+    expectHelpOnOneScreen({"demo", "export", "--help"});
     expectHelpOnOneScreen({"doctor", "--help"});
+    expectHelpOnOneScreen({"decode", "--help"});
+    expectHelpOnOneScreen({"tap", "--help"});
+    expectHelpOnOneScreen({"timeline", "--help"});
 }
 
 TEST(Usage, AnUnknownCameraIsAnsweredByTheKnownOnes) {
@@ -76,9 +81,16 @@ TEST(Usage, AnUnknownFaultIsAnsweredByTheKnownOnes) {
     expectWrongUsage({"sim", "--fault", "nonsense"}, "no fault is called \"nonsense\"; known are drop-tx,");
 }
 
+TEST(Usage, AnUnknownSubcommandIsAnsweredByTheKnownOnes) {
+    expectWrongUsage(
+        {"nonsense", "--port"},
+        "viscacam: no subcommand is called \"nonsense\"; use ctl, demo, sim, doctor, decode, tap "
+        "or timeline; \"viscacam --help\" explains them\n");
+    expectWrongUsage({"--nonsense"}, "The following argument was not expected: --nonsense");
+}
+
 TEST(Usage, WhatCannotBeMeantIsRefused) {
     expectWrongUsage({}, "viscacam: say what to do: ctl, demo, sim");
-    expectWrongUsage({"nonsense"}, "The following argument was not expected: nonsense");
     expectWrongUsage({"demo", "--baud", "1200"}, "--baud: 1200 not in {9600,19200,38400}");
     expectWrongUsage({"demo", "--type", "sony1"}, "--type requires --port");
     expectWrongUsage({"demo", "--port", "/dev/null", "--camera", "sony1"}, "excludes");

@@ -65,6 +65,49 @@ TEST(Grammar, SaysWhichValuesThereAre) {
     expectRefused("zoom stop now", "\"now\" is not understood; use zoom stop");
     expectRefused("watch", "a value is missing: thing, zoom, focus or gain");
     expectRefused("watch zoom --every", "--every needs a value; use a time from 10ms");
+    expectRefused("watch zoom luma",
+                  "thing: \"luma\" is not allowed: only a Kova module measures it; use zoom, "
+                  "focus or gain");
+}
+
+TEST(Grammar, SaysBoundsAsTheValueIsUsuallyTyped) {
+    expectRefused("zoom to 65536", "use 0x0 to 0xFFFF");
+    expectRefused("register show 0x80", "use 0x0 to 0x7F");
+    expectRefused("board subtype=x", "use 0x0 to 0xFFFFFFFF");
+    expectRefused("exposure set fastest=0", "use 1 to 65535 (N of 1/N s)");
+    expectRefused("watch zoom --count 0", "use 1 to 1000000000");
+    expectRefused("message get 65536", "use 0 to 65535");
+    expectRefused("focus once at 65536 0", "use 0 to 65535", KOVA_2);
+    expectRefused("kova time x", "use 0 to 4294967295 seconds since 1970", KOVA_2);
+    expectRefused("kova offset set 32768 0", "use -32768 to 32767", KOVA_2);
+}
+
+TEST(Grammar, SaysTheNameOfACommandAndItsValueOnce) {
+    expectRefused("norm 7", "norm: \"7\" is not allowed; use WIDTHxHEIGHT@RATE");
+    try {
+        parsed("norm 7", SONY_1);
+    } catch (const UsageError &refused) {
+        EXPECT_THAT(refused.what(), Not(HasSubstr("norm: norm:")));
+    }
+}
+
+TEST(Grammar, AProfileWithoutAValueIsNoProfile) {
+    expectRefused("exposure set",
+                  "exposure set: say what to set; use mode=, compensation=, iris=, shutter=, gain=, "
+                  "slowest=, fastest=, min-gain=, max-gain=, slow-shutter=, slow-limit=, wdr=, "
+                  "wdr-level=, metering=, left=, top=, right=, bottom= or picture=");
+    expectRefused("picture set", "picture set: say what to set; use brightness=, contrast=");
+    EXPECT_NO_THROW(parsed("board"));
+}
+
+TEST(Grammar, ValuesThatTheLibrarySetsTogetherAreGivenTogether) {
+    expectRefused("wb manual red=5",
+                  "wb manual: blue= is missing, -127 to 127; red= and blue= are set together");
+    expectRefused("wb manual", "wb manual: red= is missing, -127 to 127; red= and blue= are set together");
+    expectRefused("defog set mode=2",
+                  "defog set: sense= is missing, 0 to 255; mode= and sense= are set together");
+    EXPECT_NO_THROW(parsed("wb manual --blue -5 --red=10"));
+    EXPECT_THAT(explain({"wb", "manual"}, SONY_1), HasSubstr("wb manual red=RED blue=BLUE\n"));
 }
 
 TEST(Grammar, KnowsWhichValuesAModuleHas) {

@@ -23,11 +23,13 @@ void expectRefused(const Domain &domain, const std::string &text, const std::str
 } // namespace
 
 TEST(Values, NumbersAreDecimalOrHexadecimal) {
-    const Domain position = Domain::number(0, 0xFFFF);
+    const Domain position = Domain::hex(0, 0xFFFF);
     EXPECT_EQ(position.parse("0x4000").number, 16384);
     EXPECT_EQ(position.parse("65535").number, 65535);
     for (const char *wrong : {"65536", "-1", "0x", "12a", "", "1.5", "99999999999999999999"})
         expectRefused(position, wrong, "0x0 to 0xFFFF");
+    EXPECT_EQ(Domain::number(1, 65535).parse("0x10").number, 16);
+    expectRefused(Domain::number(1, 65535), "0", "1 to 65535");
 }
 
 TEST(Values, NumbersMayBeNegative) {
@@ -50,6 +52,18 @@ TEST(Values, NamesStandForNumbers) {
     EXPECT_EQ(mode.parse("7").number, 7);
     expectRefused(mode, "Auto", "auto or manual");
     expectRefused(mode, "1", "auto or manual");
+}
+
+TEST(Values, ANameThatAnotherModuleHasIsRefusedWithTheReason) {
+    const Domain thing =
+        Domain::choice({{"zoom", 1}, {"gain", 2}}).without({"luma"}, "only others measure it");
+    try {
+        thing.parse("luma");
+        ADD_FAILURE() << "luma is understood";
+    } catch (const UsageError &refused) {
+        EXPECT_STREQ(refused.what(), "\"luma\" is not allowed: only others measure it; use zoom or gain");
+    }
+    expectRefused(thing, "focus", "zoom or gain");
 }
 
 TEST(Values, TimesHaveAUnit) {

@@ -35,7 +35,8 @@ std::string shown(const Argument &argument, uint32_t moduleType) {
     case Argument::Place::list:
         return upper(argument.name) + "...";
     case Argument::Place::keyed:
-        return "[" + argument.name + "=" + shownValue(argument, moduleType) + "]";
+        return argument.together ? argument.name + "=" + shownValue(argument, moduleType)
+                                 : "[" + argument.name + "=" + shownValue(argument, moduleType) + "]";
     case Argument::Place::flag:
         return "[--" + argument.name + "]";
     }
@@ -67,6 +68,11 @@ Argument keyed(const std::string &name, const Domain &domain) {
 }
 Argument keyed(const std::string &name, DomainOf domain) {
     return {name, Argument::Place::keyed, domain};
+}
+Argument together(const std::string &name, const Domain &domain) {
+    Argument argument = keyed(name, domain);
+    argument.together = true;
+    return argument;
 }
 Argument flag(const std::string &name) {
     return fixed(name, Argument::Place::flag, Domain::text(""));

@@ -24,6 +24,7 @@ struct Argument {
     std::string name;
     Place place;
     std::function<Domain(uint32_t moduleType)> domain;
+    bool together = false; /* keyed, but it cannot be left out: the library sets all of them at once */
 };
 
 /* How the table writes them down. The domain may depend on the module type. */
@@ -36,6 +37,7 @@ Argument list(const std::string &name, const Domain &domain);
 Argument list(const std::string &name, DomainOf domain);
 Argument keyed(const std::string &name, const Domain &domain);
 Argument keyed(const std::string &name, DomainOf domain);
+Argument together(const std::string &name, const Domain &domain);
 Argument flag(const std::string &name);
 
 /* What was typed for them, checked. */
@@ -47,6 +49,7 @@ class Arguments {
     uint32_t word(const std::string &name, uint32_t otherwise = 0) const;
     std::string text(const std::string &name) const;
     const std::vector<Value> &list() const { return m_list; }
+    bool empty() const { return m_values.empty() && m_list.empty(); }
 
     void set(const std::string &name, const Value &value) { m_values[name] = value; }
     void append(const Value &value) { m_list.push_back(value); }
@@ -62,6 +65,7 @@ enum Trait : unsigned {
     WITHOUT_CAMERA = 2U, /* works before a camera is there */
     MOTION = 4U,         /* completes when the lens has arrived, which takes longer than the library waits */
     MAY_SEND_NOTHING = 8U, /* a value that the library remembers is not sent again */
+    NEEDS_A_KEY = 16U,     /* without a value there is nothing to set */
 };
 
 /* A command: one row of the table. */

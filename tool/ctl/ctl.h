@@ -14,6 +14,7 @@ struct CtlOptions {
     unsigned baud = 9600;       /* that the simulated one listens at */
     std::vector<std::string> faults;
     bool trace = false;
+    std::string capture; /* file to write what passes into; empty: none */
     bool json = false;
     std::string file; /* commands to carry out, "-" for standard input; empty: none */
     bool keepGoing = false;

@@ -106,7 +106,9 @@ class ArgumentParser {
             fail("--" + m_waiting->name + " needs a value; use " + m_waiting->domain(m_moduleType).allowed());
         for (const Argument &argument : m_row.arguments)
             if (isMissing(argument))
-                fail("a value is missing: " + argument.name + ", " + argument.domain(m_moduleType).allowed());
+                refuseMissing(argument);
+        if ((m_row.traits & NEEDS_A_KEY) != 0 && m_arguments.empty())
+            fail("say what to set; use " + listed(namesOf(m_row)));
         return m_arguments;
     }
 
@@ -134,7 +136,7 @@ class ArgumentParser {
             else
                 m_arguments.set(argument.name, value);
         } catch (const UsageError &wrong) {
-            fail(argument.name + ": " + wrong.what());
+            fail((argument.name == m_row.words ? "" : argument.name + ": ") + wrong.what());
         }
     }
     void setWaiting(const std::string &word) {
@@ -183,7 +185,14 @@ class ArgumentParser {
     bool isMissing(const Argument &argument) const {
         if (argument.place == Place::list)
             return m_arguments.list().empty();
-        return argument.place == Place::needed && !m_arguments.has(argument.name);
+        return (argument.place == Place::needed || argument.together) && !m_arguments.has(argument.name);
+    }
+    [[noreturn]] void refuseMissing(const Argument &argument) const {
+        const std::string allowed = argument.domain(m_moduleType).allowed();
+        if (!argument.together)
+            fail("a value is missing: " + argument.name + ", " + allowed);
+        fail(argument.name + "= is missing, " + allowed + "; " + listed(namesOf(m_row), "and") +
+             " are set together");
     }
 
     const Row &m_row;

@@ -49,6 +49,8 @@ Subcommand addCtl(CLI::App &app) {
     CLI::App *ctl = app.add_subcommand("ctl", "Command a camera: ctl [OPTIONS] [COMMAND [; COMMAND...]]");
     addCamera(*ctl, *options);
     ctl->add_flag("--trace", options->trace, "print what goes over the line, in words");
+    ctl->add_option("--capture", options->capture, "write what goes over the line into this file")
+        ->type_name("FILE");
     ctl->add_flag("--json", options->json, "one object a result, one a line")
         ->excludes(ctl->get_option("--trace"));
     ctl->add_option("-f,--file", options->file, "carry out the lines of a file; - is standard input")

@@ -56,12 +56,16 @@ void choosePort(Session &session, const CtlOptions &options) {
         session.camera = simulatedCamera(options, session.trace.get());
         device = session.camera->path();
     }
+    session.place = shown(type) + (options.sim.empty() ? " at " + device : ", simulated");
     const std::string trouble = host::CheckDevice(device);
     if (!trouble.empty())
         throw Refused(trouble);
+    if (!options.capture.empty()) {
+        session.tap = new CaptureTap(device, options.capture);
+        device = session.tap.load()->path();
+    }
     host::MapPort(PORT_NUMBER, device);
     host::SetBoard({type.code, 0, CALLER_WITHOUT_DETECTION, "BENCH"});
-    session.place = shown(type) + (options.sim.empty() ? " at " + device : ", simulated");
 }
 
 /* Tells which rate is tried. */
@@ -134,6 +138,13 @@ const char *endText(Drives::End end) {
     return "interrupted";
 }
 
+[[noreturn]] void end(Session &session, int status) {
+    if (CaptureTap *const tap = session.tap)
+        tap->finish();
+    session.bench.screen.settle();
+    endProcess(status);
+}
+
 [[noreturn]] void endBySignal(Session &session) {
     Bench &bench = session.bench;
     bench.screen.endProgress();
@@ -146,8 +157,7 @@ const char *endText(Drives::End end) {
         const Drives::End rest = bench.drives.finish(SIGNAL_LIMITS);
         bench.screen.note(endText(rest == Drives::End::clean ? focus : rest));
     }
-    bench.screen.settle();
-    endProcess(EXIT_REFUSED);
+    end(session, EXIT_REFUSED);
 }
 
 void handleSignals(Session &session, const sigset_t &signals) {
@@ -197,8 +207,7 @@ void endSession(Session &session, int status) {
         bench.screen.note("the zoom is still driven; \"zoom stop\" ends that");
     if (bench.focusRuns)
         bench.screen.note("the focus is still driven; \"focus stop\" ends that");
-    bench.screen.settle();
-    endProcess(status);
+    end(session, status);
 }
 
 } // namespace tool::ctl

@@ -1,11 +1,13 @@
 #ifndef VISCACAM_TOOL_CTL_SESSION_H
 #define VISCACAM_TOOL_CTL_SESSION_H
 
+#include <atomic>
 #include <memory>
 
 #include "sim/sim.h"
 #include "tool/ctl/ctl.h"
 #include "tool/ctl/job.h"
+#include "tool/tap/tap.h"
 #include "tool/trace.h"
 
 namespace tool::ctl {
@@ -16,7 +18,8 @@ struct Session {
     std::unique_ptr<Trace> trace;
     Bench bench;
     std::unique_ptr<sim::Camera> camera;
-    std::string place; /* "sony1 (0x02000001) at /dev/ttyUSB0" */
+    std::atomic<CaptureTap *> tap{nullptr}; /* between the camera and the library; null: none */
+    std::string place;                      /* "sony1 (0x02000001) at /dev/ttyUSB0" */
 };
 
 /*

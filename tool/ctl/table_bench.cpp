@@ -79,7 +79,7 @@ Subject benchCommands() {
              [](Job &job, const Arguments &arguments) { job.sleep(milliseconds(arguments.number("time"))); },
              {}},
             {"board",
-             {keyed("subtype", Domain::number(0, 0xFFFFFFFF)), keyed("model", Domain::text("a name")),
+             {keyed("subtype", Domain::hex(0, 0xFFFFFFFF)), keyed("model", Domain::text("a name")),
               keyed("caller", Domain::number(0, 255))},
              "what the library is told of the board it runs on",
              {"board subtype=0x1001"},

@@ -174,7 +174,7 @@ std::vector<Row> profileRows() {
          {"exposure set mode=manual shutter=60 gain=10"},
          setExposure,
          {"VISCA_GetExposureCfg", "VISCA_SetExposure"},
-         MAY_SEND_NOTHING},
+         MAY_SEND_NOTHING | NEEDS_A_KEY},
         {"exposure mode",
          {needed("mode", modeOf)},
          "the exposure mode alone",

@@ -147,7 +147,7 @@ std::vector<Row> measureRows() {
          {"KovaDetectCamAbility", "KovaGetCamAbility", "VISCA_KOVA_HasCamAbility"},
          KOVA_ONLY},
         {"kova ability set",
-         {needed("word", Domain::number(0, 0xFFFFFFFF))},
+         {needed("word", Domain::hex(0, 0xFFFFFFFF))},
          "have the library believe another one",
          {"kova ability set 0x1C"},
          [](Job &job, const Arguments &arguments) {

@@ -11,6 +11,11 @@ using std::chrono::milliseconds;
 
 // Positions are 16 bits wide; which of them a lens reaches it alone knows.
 Domain position() {
+    return Domain::hex(0, 0xFFFF);
+}
+
+// Of a point in the picture.
+Domain coordinate() {
     return Domain::number(0, 0xFFFF);
 }
 
@@ -205,7 +210,7 @@ std::vector<Row> focusModeRows() {
 std::vector<Row> focusPlaceRows() {
     return {
         {"focus once at",
-         {needed("x1", position()), needed("y1", position())},
+         {needed("x1", coordinate()), needed("y1", coordinate())},
          "focus once on a point",
          {"focus once at 960 540"},
          [](Job &job, const Arguments &arguments) {
@@ -216,8 +221,8 @@ std::vector<Row> focusPlaceRows() {
          {"VISCA_OnePushAutoFocus"},
          MOTION | KOVA_ONLY},
         {"focus once in",
-         {needed("x1", position()), needed("y1", position()), needed("x2", position()),
-          needed("y2", position())},
+         {needed("x1", coordinate()), needed("y1", coordinate()), needed("x2", coordinate()),
+          needed("y2", coordinate())},
          "focus once in a rectangle",
          {"focus once in 100 100 800 600"},
          [](Job &job, const Arguments &arguments) {

@@ -29,7 +29,7 @@ Domain normOf(uint32_t moduleType) {
 }
 
 Domain registerNumber() {
-    return Domain::number(0, 0x7F);
+    return Domain::hex(0, 0x7F);
 }
 
 void check(uint32_t result, const std::string &what) {
@@ -138,7 +138,7 @@ std::vector<Row> identityRows() {
          readRegister,
          {"SonyGetRegisterVal"}},
         {"register set",
-         {needed("register", registerNumber()), needed("value", Domain::number(0, 255))},
+         {needed("register", registerNumber()), needed("value", Domain::hex(0, 0xFF))},
          "write a register; some count from the next power-on",
          {"register set 0x72 0x06"},
          [](Job &job, const Arguments &arguments) {
@@ -253,7 +253,7 @@ std::vector<Row> messageRows() {
          getByMessage,
          {"VISCA_MessageProcess"}},
         {"tuning",
-         {needed("item", Domain::number(0, 255)), needed("value", Domain::number(0, 255))},
+         {needed("item", Domain::hex(0, 0xFF)), needed("value", Domain::hex(0, 0xFF))},
          "an image-tuning debug command",
          {"tuning 0x51 0x1B"},
          [](Job &job, const Arguments &arguments) {

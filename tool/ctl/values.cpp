@@ -11,7 +11,6 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr int64_t CLOSED = 99999;
-constexpr int64_t HEX_FROM = 0x1000; // larger bounds are those of positions and masks
 
 bool parseWhole(const std::string &text, int64_t &number) {
     const bool negative = !text.empty() && text[0] == '-';
@@ -89,10 +88,6 @@ std::string decimal(int64_t number) {
     return std::to_string(number);
 }
 
-std::string bound(int64_t number, int64_t most) {
-    return most >= HEX_FROM && number >= 0 ? inHex(static_cast<uint64_t>(number), 0) : decimal(number);
-}
-
 } // namespace
 
 std::string inHex(uint64_t number, int digits) {
@@ -122,6 +117,12 @@ Domain Domain::number(int64_t least, int64_t most, const std::string &unit) {
     domain.m_least = least;
     domain.m_most = most;
     domain.m_what = unit;
+    return domain;
+}
+
+Domain Domain::hex(int64_t least, int64_t most) {
+    Domain domain = number(least, most);
+    domain.m_hex = true;
     return domain;
 }
 
@@ -178,6 +179,13 @@ Domain Domain::file() {
     return Domain(Sort::file);
 }
 
+Domain Domain::without(const Words &names, const std::string &why) const {
+    Domain domain = *this;
+    domain.m_missing = names;
+    domain.m_whyMissing = why;
+    return domain;
+}
+
 bool Domain::isStep(int64_t number) const {
     return std::find(m_steps.begin(), m_steps.end(), number) != m_steps.end();
 }
@@ -227,16 +235,22 @@ bool Domain::understand(const std::string &text, int64_t &number) const {
 
 Value Domain::parse(const std::string &text) const {
     Value value = {text, 0};
-    if (!understand(text, value.number))
-        throw UsageError("\"" + text + "\" is not allowed; use " + allowed());
-    return value;
+    if (understand(text, value.number))
+        return value;
+    const bool missing = std::find(m_missing.begin(), m_missing.end(), text) != m_missing.end();
+    throw UsageError("\"" + text + "\" is not allowed" + (missing ? ": " + m_whyMissing : "") + "; use " +
+                     allowed());
+}
+
+std::string Domain::bound(int64_t number) const {
+    return m_hex ? inHex(static_cast<uint64_t>(number), 0) : decimal(number);
 }
 
 std::string Domain::allowed() const {
     const std::string unit = m_what.empty() ? "" : " " + m_what;
     switch (m_sort) {
     case Sort::number:
-        return bound(m_least, m_most) + " to " + bound(m_most, m_most) + unit;
+        return bound(m_least) + " to " + bound(m_most) + unit;
     case Sort::time:
         return "a time from " + shownTime(milliseconds(m_least)) + " to " + shownTime(milliseconds(m_most)) +
                ", with ms, s or m";

@@ -27,6 +27,8 @@ class Domain {
   public:
     /* A whole number, decimal or hexadecimal with 0x. unit: what it counts, for people. */
     static Domain number(int64_t least, int64_t most, const std::string &unit = "");
+    /* The same; its bounds are told in hexadecimal, as the value is usually given. */
+    static Domain hex(int64_t least, int64_t most);
     /* A number of a list. */
     static Domain steps(const std::vector<int64_t> &steps, const std::string &unit = "");
     /* A name of a list; a number that one of them stands for is understood as well. */
@@ -44,6 +46,8 @@ class Domain {
     /* Anything; usual: what can be typed, for example. */
     static Domain text(const std::string &what, const Words &usual = {});
     static Domain file();
+    /* The same, but whoever types one of these names is told why it is not allowed. */
+    Domain without(const Words &names, const std::string &why) const;
 
     /* Throws UsageError; its text says what is allowed. */
     Value parse(const std::string &text) const;
@@ -60,15 +64,19 @@ class Domain {
     bool understandChoice(const std::string &text, int64_t &number) const;
     bool understandNorm(const std::string &text) const;
     bool isStep(int64_t number) const;
+    std::string bound(int64_t number) const;
 
     Sort m_sort;
     int64_t m_least = 0;
     int64_t m_most = 0;
+    bool m_hex = false;
     std::vector<int64_t> m_steps;
     std::vector<Choice> m_choices;
     Words m_words; /* what can be typed, in addition */
     Words m_sizes;
     std::string m_what;
+    Words m_missing; /* names that this module does not have */
+    std::string m_whyMissing;
 };
 
 /* A video norm as it is typed. False when it is none. */

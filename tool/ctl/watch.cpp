@@ -196,11 +196,14 @@ bool rounds(Job &job, const WatchOptions &options, Statistics &statistics) {
 
 Domain watchableThings(uint32_t moduleType) {
     std::vector<Choice> choices;
+    Words missing;
     for (const Thing &thing : THINGS)
         if (!thing.kova || moduleType == 0 || isKova(moduleType))
             choices.push_back(
                 {thing.name, static_cast<int64_t>(1000 + choices.size())}); // no number is meant
-    return Domain::choice(choices);
+        else
+            missing.push_back(thing.name);
+    return Domain::choice(choices).without(missing, "only a Kova module measures it");
 }
 
 void watch(Job &job, const WatchOptions &options) {

@@ -3,6 +3,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "decode/input.h"
 #include "tool/decode/printer.h"
@@ -10,12 +11,12 @@
 namespace tool {
 
 struct DecodeOptions {
-    std::string file; /* empty or "-": standard input */
+    std::vector<std::string> input; /* a file, or bytes in hex; none or "-": standard input */
     decode::InputForm form = decode::InputForm::Detect;
     std::optional<decode::Direction> direction;
 };
 
-/* viscacam decode: shows what is in a file. Returns the exit status. */
+/* viscacam decode: shows what is in its input. Returns the exit status. */
 int runDecode(const DecodeOptions &options, const TrafficLook &look);
 
 } // namespace tool

@@ -65,7 +65,8 @@ Subcommand addDecode(CLI::App &app) {
     const auto options = std::make_shared<DecodeOptions>();
     const auto look = std::make_shared<TrafficLook>();
     CLI::App *command = app.add_subcommand("decode", "Put packets into words");
-    command->add_option("FILE", options->file, "to read (default: standard input)");
+    command->add_option("FILE|BYTE", options->input,
+                        "to read (default: standard input), or bytes: 81 09 04 00 FF");
     command
         ->add_option_function<std::string>(
             "--from", [options](const std::string &text) { options->form = formNamed(text); },
@@ -79,12 +80,13 @@ Subcommand addDecode(CLI::App &app) {
         ->type_name("WAY")
         ->check(CLI::IsMember({"to-camera", "from-camera"}).description(""));
     addLook(*command, look);
-    command->footer("Kinds: " + kindNames().substr(0, kindNames().find(" errors")) + "\n" +
-                    kindNames().substr(kindNames().find("errors")) +
-                    ".\nReads hex in the usual spellings (a word in front as \">\" or \"rx\" gives the "
-                    "direction), the library's\nlog, captures of \"viscacam tap\", and bytes as they were on "
-                    "the line.\nExit status: 0, 1 when anything was malformed, 2 for wrong usage.\n\n"
-                    "Example: viscacam decode camera.log --without inquiries,answers --time delta");
+    command->footer(
+        "Kinds: " + kindNames().substr(0, kindNames().find(" errors")) + "\n" +
+        kindNames().substr(kindNames().find("errors")) +
+        ".\nReads hex in the usual spellings (a time, and \">\" or \"rx\" for the direction, may "
+        "stand in front),\nthe library's log, captures of \"viscacam tap\", and bytes as they were on "
+        "the line.\nExit status: 0, 1 when anything was malformed, 2 for wrong usage.\n\n"
+        "Example: viscacam decode camera.log --without inquiries,answers --time delta");
     return {command, [options, look] { return runDecode(*options, *look); }};
 }
 

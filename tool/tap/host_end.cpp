@@ -37,7 +37,8 @@ void HostEnd::open() {
     m_watch = inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
     if (m_watch >= 0)
         inotify_add_watch(m_watch, m_slave.c_str(), IN_OPEN);
-    makeLink();
+    if (!m_link.empty())
+        makeLink();
 }
 
 void HostEnd::openMaster() {

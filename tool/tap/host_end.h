@@ -16,13 +16,14 @@ namespace tool {
  */
 class HostEnd {
   public:
-    /* link: leads to the slave, whatever its number. Throws std::runtime_error or std::invalid_argument. */
+    /* link: leads to the slave, whatever its number; empty: none, path() is the slave itself. Throws
+     * std::runtime_error or std::invalid_argument. */
     explicit HostEnd(std::string link);
     ~HostEnd() { close(); }
     HostEnd(const HostEnd &) = delete;
     HostEnd &operator=(const HostEnd &) = delete;
 
-    const std::string &path() const { return m_link; }
+    const std::string &path() const { return m_link.empty() ? m_slave : m_link; }
     /* Readable when there are bytes; hung up, and so not to be waited for, without a host. */
     int fd() const { return m_master; }
     /* Readable when somebody opened the slave; -1 if the system has no such watch left. */

@@ -8,9 +8,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <memory>
+#include <mutex>
 #include <stdexcept>
+#include <thread>
 
 #include <poll.h>
+#include <sys/eventfd.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
@@ -43,7 +46,7 @@ class Tap {
     Tap(TappedDevice &device, HostEnd *host, Direction wire, const LineSettings &settings, Journal &journal)
         : m_device(device), m_host(host), m_wire(wire), m_settings(settings), m_journal(journal) {}
 
-    /* Until there is a signal. */
+    /* Until there is a signal, or whatever else makes this descriptor readable. */
     void run(int signalFd);
 
   private:
@@ -254,6 +257,54 @@ int runTap(const TapOptions &options, const TrafficLook &look) {
     Tap(device, host.get(), wire, settings, journal).run(signalFd);
     close(signalFd);
     return EXIT_DONE;
+}
+
+struct CaptureTap::Parts {
+    Parts(const std::string &path, const std::string &capture)
+        : device(path, false), journal(std::make_unique<Journal>(setupFor(path, capture))) {}
+
+    static Journal::Setup setupFor(const std::string &path, const std::string &capture) {
+        Journal::Setup setup;
+        setup.quiet = true;
+        setup.capture = capture;
+        setup.port = path;
+        setup.baud = baudOf(LineSettings().speed);
+        return setup;
+    }
+
+    TappedDevice device;
+    HostEnd host{""};
+    std::unique_ptr<Journal> journal;
+    const int end = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK); /* readable: no more */
+    std::once_flag ended;
+    std::thread thread;
+};
+
+CaptureTap::CaptureTap(const std::string &device, const std::string &capture)
+    : m_parts(std::make_unique<Parts>(device, capture)) {
+    const std::string why = m_parts->device.open(LineSettings());
+    if (!why.empty())
+        throw std::runtime_error(why);
+    m_parts->thread = std::thread([&parts = *m_parts] {
+        Tap(parts.device, &parts.host, Direction::FromCamera, LineSettings(), *parts.journal).run(parts.end);
+    });
+}
+
+CaptureTap::~CaptureTap() {
+    finish();
+    close(m_parts->end);
+}
+
+const std::string &CaptureTap::path() const {
+    return m_parts->host.path();
+}
+
+void CaptureTap::finish() {
+    std::call_once(m_parts->ended, [this] {
+        (void)eventfd_write(m_parts->end, 1);
+        m_parts->thread.join();
+        m_parts->journal.reset();
+    });
 }
 
 } // namespace tool

@@ -13,8 +13,8 @@ Subcommand addTimeline(CLI::App &app) {
         ->type_name("FILE")
         ->required();
     timeline->footer(
-        "Lanes for host and camera, commands from their first byte to the completion, inquiries to the "
-        "answer,\ntime-outs, refusals, noise and the use of the line. The HTML form zooms and moves; "
+        "Lanes for host and camera, commands from their first byte to the completion, inquiries to\n"
+        "the answer, time-outs, refusals, noise and the use of the line. The HTML form zooms and moves;\n"
         "it needs no network.\n\n"
         "Example: viscacam timeline camera.capture -o camera.html");
     return {timeline, [options] { return runTimeline(*options); }};
