@@ -4,6 +4,8 @@
 #include "bench/groups.h"
 #include "bench/library.h"
 #include "bench/line.h"
+#include "bench/loop.h"
+#include "bench/modbus.h"
 #include "bench/model.h"
 #include "viscacam.h"
 
@@ -26,29 +28,31 @@ struct Exchanged {
 
 template <typename Ask>
 void askMany(Ask ask, Exchanged &exchanged) {
-    for (unsigned i = 0; i < WARM_UP; ++i)
+    const unsigned questions = times(QUESTIONS);
+    for (unsigned i = times(WARM_UP); i > 0; --i)
         ask();
-    exchanged.trips.reserve(QUESTIONS);
+    exchanged.trips.reserve(questions);
     const double begun = processorSeconds();
-    for (unsigned i = 0; i < QUESTIONS; ++i) {
+    for (unsigned i = 0; i < questions; ++i) {
         const double from = seconds();
         ask();
         exchanged.trips.push_back(seconds() - from);
     }
-    exchanged.processor = (processorSeconds() - begun) / QUESTIONS;
+    exchanged.processor = (processorSeconds() - begun) / questions;
 }
 
 template <typename Order>
 void orderMany(const Line &line, Order order, Exchanged &exchanged) {
+    const unsigned rounds = times(ROUNDS);
     const double begun = processorSeconds();
-    for (unsigned round = 0; round < ROUNDS; ++round) {
+    for (unsigned round = 0; round < rounds; ++round) {
         const size_t answered = line.commands();
         for (unsigned i = 0; i < COMMANDS; ++i)
             order();
         while (line.commands() < answered + COMMANDS)
             std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
-    exchanged.perCommand = (processorSeconds() - begun) / (ROUNDS * COMMANDS);
+    exchanged.perCommand = (processorSeconds() - begun) / (rounds * COMMANDS);
     exchanged.turnaround = median(line.turnarounds());
 }
 
@@ -79,10 +83,29 @@ Numbers exchangeOfLibrary() {
     return told(exchanged);
 }
 
+Numbers exchangeOfLoop() {
+    Exchanged exchanged;
+    const Line line;
+    const Loop loop(line.path());
+    askMany([&loop] { loop.ask(); }, exchanged);
+    return told(exchanged);
+}
+
+Numbers exchangeOfModbus() {
+    Exchanged exchanged;
+    const std::function<void()> read = registerReader();
+    if (!read)
+        return {};
+    askMany(read, exchanged);
+    return told(exchanged);
+}
+
 } // namespace
 
 void exchangeFigures(unsigned runs, std::vector<Row> &rows) {
     Row trip = {"inquiry round trip, median", "bare model", "us", {}, {}, Row::Bound::atMost, 1.15};
+    Row loop = {"the same, for information", "write, poll and one read, without threads", "us"};
+    Row modbus = {"the same, for information", "a register read by libmodbus RTU", "us"};
     Row tail = {"inquiry round trip, 99th percentile", "its median", "us", {}, {}, Row::Bound::atMost, 3};
     Row turn = {
         "completion to the next command's first byte", "bare model", "us", {}, {}, Row::Bound::atMost, 1.15};
@@ -94,12 +117,20 @@ void exchangeFigures(unsigned runs, std::vector<Row> &rows) {
         const Numbers model = inChild(exchangeOfModel);
         const Numbers library = inChild(exchangeOfLibrary);
         trip.add(library[0], model[0]);
+        loop.add(library[0], inChild(exchangeOfLoop)[0]);
+        const Numbers ofModbus = inChild(exchangeOfModbus);
+        if (ofModbus.empty()) {
+            modbus.values.push_back(library[0]);
+            modbus.beside = "libmodbus: not installed";
+        } else {
+            modbus.add(library[0], ofModbus[0]);
+        }
         tail.add(library[1], library[0]);
         work.add(library[2], model[2]);
         turn.add(library[3], model[3]);
         workOfCommand.add(library[4], model[4]);
     }
-    for (const Row &row : {trip, tail, turn, work, workOfCommand})
+    for (const Row &row : {trip, loop, modbus, tail, turn, work, workOfCommand})
         rows.push_back(row);
 }
 

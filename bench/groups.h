@@ -7,6 +7,7 @@ namespace bench {
 
 void exchangeFigures(unsigned runs, std::vector<Row> &rows); /* round trip, turnaround, processor time */
 void queueFigures(unsigned runs, std::vector<Row> &rows);    /* putting a command, allocations */
+void callerFigures(unsigned runs, std::vector<Row> &rows);   /* eight callers at once */
 void logFigures(unsigned runs, std::vector<Row> &rows);      /* a log line, a packet dump */
 void lineFigures(unsigned runs, std::vector<Row> &rows);     /* line utilisation, vertical periods */
 void startFigures(unsigned runs, std::vector<Row> &rows);    /* start-up at each rate and without a camera */

@@ -97,12 +97,7 @@ Line::Line() {
     if (shared == MAP_FAILED)
         throw std::runtime_error("no shared memory");
     m_record = new (shared) Record;
-    const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-    char path[64];
-    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0 ||
-        ptsname_r(master, path, sizeof path) != 0)
-        throw std::runtime_error("no pseudo-terminal");
-    m_path = path;
+    const int master = newTerminal(m_path);
     m_slave = openLine(m_path);
     m_camera = fork();
     if (m_camera == 0)
@@ -126,6 +121,16 @@ std::vector<double> Line::turnarounds() const {
 
 size_t Line::commands() const {
     return m_record->commands.load();
+}
+
+int newTerminal(std::string &path) {
+    const int master = posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
+    char name[64];
+    if (master < 0 || grantpt(master) != 0 || unlockpt(master) != 0 ||
+        ptsname_r(master, name, sizeof name) != 0)
+        throw std::runtime_error("no pseudo-terminal");
+    path = name;
+    return master;
 }
 
 int openLine(const std::string &path) {

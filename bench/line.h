@@ -35,6 +35,10 @@ class Line {
     Record *m_record;
 };
 
+/* A new pseudo-terminal: returns its master, and in path the device that others open. Throws
+ * std::runtime_error. */
+int newTerminal(std::string &path);
+
 /* Open a line as the library's hosts do: raw, blocking, one byte at least. Negative when refused. */
 int openLine(const std::string &path);
 

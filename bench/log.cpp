@@ -19,10 +19,11 @@ constexpr double MICROSECONDS = 1e6;
 
 template <typename Call>
 double costOf(Call call) {
+    const unsigned lines = times(LINES);
     const double from = seconds();
-    for (unsigned i = 0; i < LINES; ++i)
+    for (unsigned i = 0; i < lines; ++i)
         call(i);
-    return (seconds() - from) / LINES * MICROSECONDS;
+    return (seconds() - from) / lines * MICROSECONDS;
 }
 
 // The prefix of a line, its time taken beforehand, and the write of it.

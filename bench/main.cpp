@@ -19,9 +19,11 @@ struct Named {
 };
 
 const Named GROUPS[] = {
-    {"exchange", bench::exchangeFigures}, {"queue", bench::queueFigures},    {"log", bench::logFigures},
-    {"line", bench::lineFigures},         {"start", bench::startFigures},    {"idle", bench::idleFigures},
-    {"profile", bench::profileFigures},   {"cameras", bench::cameraFigures},
+    {"exchange", bench::exchangeFigures}, {"queue", bench::queueFigures},
+    {"callers", bench::callerFigures},    {"log", bench::logFigures},
+    {"line", bench::lineFigures},         {"start", bench::startFigures},
+    {"idle", bench::idleFigures},         {"profile", bench::profileFigures},
+    {"cameras", bench::cameraFigures},
 };
 
 std::string number(double value) {
@@ -54,7 +56,7 @@ std::string lineOf(const Row &row) {
 }
 
 int usage() {
-    std::fprintf(stderr, "usage: viscacam_bench [--runs N] [--page FILE] [GROUP...]\ngroups:");
+    std::fprintf(stderr, "usage: viscacam_bench [--runs N | --short] [--page FILE] [GROUP...]\ngroups:");
     for (const Named &group : GROUPS)
         std::fprintf(stderr, " %s", group.name);
     std::fprintf(stderr, "\n");
@@ -74,6 +76,8 @@ int main(int argc, char **argv) {
             named = word == group.name ? &group : named;
         if (word == "--runs" && i + 1 < argc)
             runs = static_cast<unsigned>(std::atoi(argv[++i]));
+        else if (word == "--short")
+            runs = bench::shorten();
         else if (word == "--page" && i + 1 < argc)
             page = argv[++i];
         else if (named != nullptr)

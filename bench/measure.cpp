@@ -13,6 +13,8 @@ namespace bench {
 
 namespace {
 
+bool g_short = false;
+
 double clockSeconds(clockid_t clock) {
     timespec now = {};
     clock_gettime(clock, &now);
@@ -70,6 +72,15 @@ double quantile(Numbers numbers, double share) {
         std::min(numbers.size() - 1, static_cast<size_t>(share * static_cast<double>(numbers.size())));
     std::nth_element(numbers.begin(), numbers.begin() + static_cast<long>(index), numbers.end());
     return numbers[index];
+}
+
+unsigned shorten() {
+    g_short = true;
+    return 1;
+}
+
+unsigned times(unsigned forFigure) {
+    return g_short ? std::max(forFigure / 100, 1U) : forFigure;
 }
 
 double seconds() {

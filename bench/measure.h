@@ -23,6 +23,12 @@ double median(Numbers numbers);
 /* The value that this share of the numbers does not exceed, 0 to 1. */
 double quantile(Numbers numbers, double share);
 
+/* From now on everything is repeated a hundred times less: enough to see that it works, too little for a
+ * figure. */
+unsigned shorten(); /* how many runs are enough then */
+/* How often to do what is done this often for a figure. */
+unsigned times(unsigned forFigure);
+
 /* Seconds of the monotonic clock. */
 double seconds();
 /* Seconds of processor time that this process and its threads have used. */

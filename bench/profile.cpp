@@ -29,12 +29,13 @@ Numbers again() {
     commandQueue().sink();
     ExposureParam profile = exposure();
     (void)VISCA_SetExposure(0, 0, &profile);
+    const unsigned count = times(TIMES);
     const uint64_t before = commandQueue().puts();
     const double from = seconds();
-    for (unsigned i = 0; i < TIMES; ++i)
+    for (unsigned i = 0; i < count; ++i)
         (void)VISCA_SetExposure(0, 0, &profile);
-    return {(seconds() - from) / TIMES * MICROSECONDS,
-            static_cast<double>(commandQueue().puts() - before) / TIMES};
+    return {(seconds() - from) / count * MICROSECONDS,
+            static_cast<double>(commandQueue().puts() - before) / count};
 }
 
 } // namespace

@@ -32,8 +32,9 @@ uint32_t putCommand() {
 template <typename Call>
 double costOf(Call call) {
     Numbers costs;
-    costs.reserve(BATCHES);
-    for (unsigned batch = 0; batch < BATCHES; ++batch) {
+    const unsigned batches = times(BATCHES);
+    costs.reserve(batches);
+    for (unsigned batch = 0; batch < batches; ++batch) {
         const double from = seconds();
         for (unsigned i = 0; i < IN_BATCH; ++i)
             call();

@@ -41,6 +41,8 @@ bool Queue::put(const void *element) {
         std::memcpy(m_ring[(m_head + m_count) % CAPACITY], element, ELEMENT);
         if (m_sink || m_count == 0)
             eventfd_write(m_fd, 1);
+        if (m_show != nullptr)
+            m_show(m_ring[(m_head + m_count) % CAPACITY]);
         m_count += m_sink ? 0 : 1;
     }
     pthread_mutex_unlock(&m_lock);

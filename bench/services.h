@@ -26,13 +26,18 @@ class Queue {
     int readFd() const { return m_fd; }
     /* Elements put so far. */
     uint64_t puts() const { return m_puts; }
-    /* From now on every element is gone as soon as it is in, and its reader has been woken. */
-    void sink() { m_sink = true; }
+    /* From now on every element is gone as soon as it is in and its reader has been woken; one after the
+     * other, they are shown to this function. */
+    void sink(void (*show)(const void *element) = nullptr) {
+        m_show = show;
+        m_sink = true;
+    }
 
   private:
     pthread_mutex_t m_lock = PTHREAD_MUTEX_INITIALIZER;
     int m_fd;
     bool m_sink = false;
+    void (*m_show)(const void *element) = nullptr;
     uint64_t m_puts = 0;
     uint32_t m_head = 0;
     uint32_t m_count = 0;
