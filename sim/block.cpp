@@ -284,7 +284,10 @@ void Block::settle(unsigned socket, unsigned long serial) {
     if (!waiting.busy || !waiting.due || waiting.serial != serial)
         return;
     if (!m_lens.over(waiting.motion, m_world.now)) {
-        later(m_lens.arrival(waiting.motion), [this, socket, serial] { settle(socket, serial); });
+        const Clock::time_point arrival = m_lens.arrival(waiting.motion);
+        if (waiting.awaited != arrival)
+            later(arrival, [this, socket, serial] { settle(socket, serial); });
+        waiting.awaited = arrival;
         return;
     }
     waiting.due = false;

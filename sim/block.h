@@ -77,6 +77,7 @@ class Block {
         bool due = false;         /* nothing but the lens is still waited for */
         unsigned long serial = 0; /* another number for every command */
         Lens::Motion motion;
+        Clock::time_point awaited{}; /* of the lens; asked for once, not again at every packet */
     };
 
     /* An axis whose motion a Kova module reports. */
