@@ -197,6 +197,7 @@ TEST_F(ProbeTest, FailsWhenTheStatusFlagsCannotBeReadOrSet) {
         EXPECT_EQ(1U, Probe());
         EXPECT_THAT(Host().Log(),
                     ElementsAre(Say("DEBUG", "FUN_ENTRY--param:"), Say("ERROR", "fcntl fail exit")));
+        EXPECT_EQ(call, Host().Calls(Call::Fcntl)) << "nothing is set that was not read";
         EXPECT_EQ(0U, Host().Calls(Call::SetParam));
     }
 }

@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <dirent.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -120,6 +121,16 @@ bool WouldBlock(int fd) {
 }
 
 } // namespace
+
+size_t OpenDescriptors() {
+    size_t count = 0;
+    DIR *folder = opendir("/proc/self/fd");
+    while (readdir(folder) != nullptr) {
+        ++count;
+    }
+    closedir(folder);
+    return count;
+}
 
 Libc &Clib() {
     static auto *libc = new Libc;

@@ -86,6 +86,9 @@ class Libc {
 
 Libc &Clib();
 
+/** How many descriptors this process has open. */
+size_t OpenDescriptors();
+
 /**
  * A function of the library on a thread of its own, stepped by the test. It parks at every select() that
  * finds nothing ready and has no scripted step, at a read() that would block, and where ParkAtPause says. It

@@ -61,6 +61,13 @@ TEST_F(UpgradeDecisionTest, APatchGoesAloneAndNoVersionIsAskedFor) {
     EXPECT_EQ(0x400U, gulUpdateFileforKova);
 }
 
+TEST_F(UpgradeDecisionTest, ThePatchIsOnlyLookedForAndClosedAgain) {
+    m_patch.Write("patch");
+    const size_t before = OpenDescriptors();
+    EXPECT_EQ(0U, Update());
+    EXPECT_EQ(before, OpenDescriptors());
+}
+
 TEST_F(UpgradeDecisionTest, TheWorkerGetsTheCallbackAndDefaultAttributes) {
     m_patch.Write("patch");
     EXPECT_EQ(0U, Update());

@@ -2,7 +2,6 @@
 #include "tests/unit/kova/module_test.h"
 
 #include <cstdio>
-#include <dirent.h>
 #include <ostream>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -38,16 +37,6 @@ const char kPackage[] = "package of May\n"
                         "uImage VER_NEW: 1.24 uImage.bin\n"
                         "program VER_NEW:QDMV200R001B02D013SP01 program.bin\n"
                         "end VER_NEW:QDMV200R001B02D999 \n";
-
-size_t OpenDescriptors() {
-    size_t count = 0;
-    DIR *folder = opendir("/proc/self/fd");
-    while (readdir(folder) != nullptr) {
-        ++count;
-    }
-    closedir(folder);
-    return count;
-}
 
 /** The package's folder with no version file; one that stands there already is put aside meanwhile. */
 class PackageVersionTest : public ModuleTest, public ::testing::WithParamInterface<Reader> {
