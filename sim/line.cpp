@@ -8,6 +8,7 @@ namespace {
 
 constexpr int BITS_PER_BYTE = 10; // start, eight data, stop
 constexpr size_t MOST_QUEUED = 4u << 20;
+constexpr int PORT_BUFFER = 4096; // bytes that a serial port takes from the host before they are on the line
 
 } // namespace
 
@@ -22,6 +23,10 @@ Line::Span Line::received(Clock::time_point now, unsigned baud) {
     const Clock::time_point begin = std::max(now, m_inFree);
     m_inFree = begin + byteTime(baud);
     return {begin, m_inFree};
+}
+
+Clock::time_point Line::portFullUntil(unsigned baud) const {
+    return m_inFree - PORT_BUFFER * byteTime(baud);
 }
 
 void Line::send(const Sending &sending, Clock::time_point now, unsigned baud) {

@@ -27,6 +27,9 @@ class Line {
         Clock::time_point end;
     };
     Span received(Clock::time_point now, unsigned baud);
+    /* Until when the host's port is full: bytes go out of it at the line's rate, however fast they are
+     * written. The past: it has room. */
+    Clock::time_point portFullUntil(unsigned baud) const;
 
     /* How bytes leave. gapAfter: index of the byte behind which the line pauses. */
     struct Sending {

@@ -60,11 +60,15 @@ void Simulation::runDue(Clock::time_point now) {
 }
 
 std::optional<Clock::time_point> Simulation::next() const {
-    const auto due = m_world.scheduler.next();
-    const auto byteDue = m_line.next();
-    if (due && byteDue)
-        return std::min(*due, *byteDue);
-    return due ? due : byteDue;
+    auto earliest = m_world.scheduler.next();
+    const auto consider = [&earliest](Clock::time_point due) {
+        earliest = earliest ? std::min(*earliest, due) : due;
+    };
+    if (const auto byteDue = m_line.next())
+        consider(*byteDue);
+    if (const auto room = m_line.portFullUntil(baud()); room > m_world.now)
+        consider(room);
+    return earliest;
 }
 
 unsigned Simulation::baud() const {
@@ -76,7 +80,8 @@ unsigned Simulation::baud() const {
 /* ---- The way in ---- */
 
 bool Simulation::wantsToRead() const {
-    return m_pty.isOpen() && !m_world.faults.active(Fault::stall);
+    return m_pty.isOpen() && !m_world.faults.active(Fault::stall) &&
+           m_line.portFullUntil(baud()) <= m_world.now;
 }
 
 void Simulation::readLine() {

@@ -15,6 +15,16 @@ bool Asked(uint8_t category, uint8_t item, uint32_t lengthOfAnswer) {
     return ViscaInquiry(&question, &answer) == 0 && answer.ulLength == lengthOfAnswer;
 }
 
+// Answers that nobody waits for any more may fill seconds of the line, and a question for each of them would
+// keep it filled.
+void LetAnswersPass() {
+    constexpr std::chrono::milliseconds QUIET{50};
+    do {
+        (void)host::EmptyQueue(VISCA_INQUIRY_RESULT_QUEUE_ID);
+        std::this_thread::sleep_for(QUIET);
+    } while (host::QueueDepth(VISCA_INQUIRY_RESULT_QUEUE_ID) > 0);
+}
+
 bool AskVersion() {
     return Asked(0x00, 0x02, 10);
 }
@@ -42,12 +52,13 @@ void EndTornPacket() {
 }
 
 bool Answers() {
+    LetAnswersPass();
     return AskVersion();
 }
 
 // The two kinds of answer differ in length, so a shift by one shows.
 bool IsInStep() {
-    (void)host::EmptyQueue(VISCA_INQUIRY_RESULT_QUEUE_ID);
+    LetAnswersPass();
     return AskVersion() && AskPower() && AskVersion();
 }
 

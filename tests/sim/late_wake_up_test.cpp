@@ -54,6 +54,25 @@ TEST_F(LateWakeUp, NeverRunsTheCamerasTimeBack) {
     EXPECT_EQ(m_simulation.next(), looked + BYTE_TIME);
 }
 
+// A serial port sends at its rate, however fast it is written to; what it has no room for waits in the host.
+TEST_F(LateWakeUp, TakesNoMoreThanTheHostsPortHolds) {
+    std::string questions;
+    for (int i = 0; i < 100; ++i)
+        questions += "81 09 04 00 FF ";
+    size_t written = 0;
+    for (; m_simulation.wantsToRead() && written < 20000; written += 500) {
+        m_host.send(questions);
+        pollfd arrived = {m_simulation.pty().master(), POLLIN, 0};
+        EXPECT_EQ(poll(&arrived, 1, 10000), 1);
+        m_simulation.pass(m_begin);
+    }
+    EXPECT_FALSE(m_simulation.wantsToRead());
+    EXPECT_GT(written, 4000u);
+    EXPECT_LT(written, 10000u);
+    m_simulation.pass(m_begin + std::chrono::seconds(10));
+    EXPECT_TRUE(m_simulation.wantsToRead());
+}
+
 } // namespace
 
 } // namespace sim
