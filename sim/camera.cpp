@@ -175,7 +175,7 @@ class Camera::Impl {
     mutable std::mutex m_mutex;
     mutable std::condition_variable m_changed;
     Trace m_trace;
-    bool m_awake;
+    const bool m_awake;
     Wake m_wake;
     std::vector<std::packaged_task<void()>> m_jobs;
     mutable Simulation m_simulation; // asked for its state, it first brings itself to the present

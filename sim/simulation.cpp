@@ -12,8 +12,8 @@ namespace sim {
 namespace {
 
 constexpr size_t MOST_AT_ONCE = 4096;
-constexpr size_t LONGEST_JUNK = 64; // one trace event
-constexpr std::chrono::milliseconds LATE_WAKE_UP{1};
+constexpr size_t LONGEST_JUNK = 64;                  // one trace event
+constexpr std::chrono::milliseconds LATE_WAKE_UP{1}; // of a thread; later than that the machine stood still
 
 Framer framerOf(const Traits &traits) {
     return isKova(traits) ? Framer(KOVA_HEADER, true) : Framer();

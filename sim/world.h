@@ -14,8 +14,7 @@ struct World {
         : options(given), now(start), faults(given.seed), dice(given.seed) {}
 
     const Options options;
-    Clock::time_point
-        now; /* set on entry from outside; what was to be done earlier is done at its own time */
+    Clock::time_point now; /* set on entry from outside, and to its own for what is due */
     Scheduler scheduler;
     Faults faults;
     Random dice;
